@@ -1,0 +1,69 @@
+#pragma once
+
+#include "Ambrel/BString.h"
+
+#include <exception>
+
+namespace Ambrel {
+
+/// Base of all failures that the host and its plug-ins report.
+class AMBREL_API BException : public std::exception {
+public:
+    BException(BString const& newCategory, BString const& newOperation, BString const& newMessage)
+        : category(newCategory), operation(newOperation), message(newMessage) {}
+    BException(BException const&) noexcept = default;
+    BException& operator=(BException const&) noexcept = default;
+    ~BException() override;
+
+    char const* what() const noexcept override { return message.Ascii(); }
+    BString const& GetCategory() const noexcept { return category; }
+    /// Where it happened: class name, two colons, operation name.
+    BString const& GetOperation() const noexcept { return operation; }
+    BString const& GetMessage() const noexcept { return message; }
+    /// The name of the exception's class.
+    virtual char const* GetClassName() const noexcept;
+
+private:
+    BString category;
+    BString operation;
+    BString message;
+};
+
+/// Declares a failure that is built from the operation and the message alone; its category is
+/// "Ambrel Exception".
+#define AMBREL_DECLARE_EXCEPTION(Class, Base)                                                      \
+    class AMBREL_API Class : public Base {                                                         \
+    public:                                                                                        \
+        Class(BString const& newOperation, BString const& newMessage);                             \
+        Class(Class const&) noexcept = default;                                                    \
+        Class& operator=(Class const&) noexcept = default;                                         \
+        ~Class() override;                                                                         \
+        char const* GetClassName() const noexcept override;                                        \
+    }
+
+/// Base of the failures of data managers; a handler for it catches them all.
+AMBREL_DECLARE_EXCEPTION(BDataManagerException, BException);
+/// An operation on a reader or a table that is not open.
+AMBREL_DECLARE_EXCEPTION(BNotOpenException, BDataManagerException);
+/// Something that this kind of object can not do.
+AMBREL_DECLARE_EXCEPTION(BUnsupportedCapabilityException, BDataManagerException);
+/// A resource, memory above all, that could not be had.
+AMBREL_DECLARE_EXCEPTION(BResourceException, BException);
+/// An object that is open already.
+AMBREL_DECLARE_EXCEPTION(BAlreadyOpenException, BDataManagerException);
+/// An operation in the wrong file mode.
+AMBREL_DECLARE_EXCEPTION(BReadWriteMismatchException, BDataManagerException);
+/// A file that is missing or does not open.
+AMBREL_DECLARE_EXCEPTION(BFileNotFoundException, BDataManagerException);
+/// A malformed file.
+AMBREL_DECLARE_EXCEPTION(BFileContentNotValidException, BDataManagerException);
+/// An index that is not below the count.
+AMBREL_DECLARE_EXCEPTION(BIndexOutOfBoundsException, BException);
+/// Attribute values that can not be found, converted or written.
+AMBREL_DECLARE_EXCEPTION(BAttributeDataException, BDataManagerException);
+/// A geometry of a kind that can not be decoded or drawn.
+AMBREL_DECLARE_EXCEPTION(BUnknownGeometryException, BDataManagerException);
+
+#undef AMBREL_DECLARE_EXCEPTION
+
+} // namespace Ambrel

@@ -1,0 +1,139 @@
+#pragma once
+
+#include "Ambrel/BString.h"
+
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+namespace Ambrel {
+
+enum EVariantType : std::uint32_t {
+    VAR_NONE = 0, ///< no value: null
+    VAR_BYTE = 1, ///< signed 8-bit
+    VAR_UNSIGNED_BYTE = 2,
+    VAR_SHORT = 3,
+    VAR_UNSIGNED_SHORT = 4,
+    VAR_INTEGER = 5, ///< 32-bit
+    VAR_UNSIGNED_INTEGER = 6,
+    VAR_INTEGER64 = 7,
+    VAR_UNSIGNED_INTEGER64 = 8,
+    VAR_DOUBLE = 9,
+    VAR_FLOAT = 10,
+    VAR_STRING = 11,
+    VAR_DATE = 12, ///< eight characters of text: year, month, day
+    VAR_BOOLEAN = 13,
+    VAR_INTEGER_LIST = 16,
+    VAR_DOUBLE_LIST = 17,
+    VAR_STRING_LIST = 18,
+};
+
+/// A value with a type. Text and lists are shared by copies and never changed in place, so copies
+/// may be read by several threads.
+///
+/// The GetValueAs... operations return the value converted, or their argument when it can not be:
+/// null, a number outside the asked type's range, text that is not wholly a number, a scalar where a
+/// list is asked for (and the other way round). A real number becomes an integer by cutting its
+/// fraction. Numbers and text are converted independently of the locale.
+class AMBREL_API BVariant final {
+public:
+    BVariant() noexcept : integer(0) {}
+    BVariant(int value) noexcept : type(VAR_INTEGER), storage(Storage::Integer), integer(value) {}
+    BVariant(std::int64_t value) noexcept
+        : type(VAR_INTEGER64), storage(Storage::Integer), integer(value) {}
+    BVariant(double value) noexcept : type(VAR_DOUBLE), storage(Storage::Real), real(value) {}
+    BVariant(bool value) noexcept : type(VAR_BOOLEAN), storage(Storage::Integer), integer(value) {}
+    /// Text: the first `length` characters, or all of it when `length` is 0.
+    BVariant(BString const& value, int length = 0);
+    BVariant(BString&& value) noexcept;
+    BVariant(char const* value);
+    /// Lists, copied from `count` elements.
+    BVariant(double const* values, int count);
+    BVariant(std::int32_t const* values, int count);
+    BVariant(BString const* values, int count);
+
+    BVariant(BVariant const& other) noexcept;
+    BVariant(BVariant&& other) noexcept;
+    BVariant& operator=(BVariant const& other) noexcept;
+    BVariant& operator=(BVariant&& other) noexcept;
+    ~BVariant() {
+        if (storage >= Storage::Text) {
+            ReleaseShared();
+        }
+    }
+
+    void SetValue(int value) noexcept { *this = BVariant(value); }
+    void SetValue(std::int64_t value) noexcept { *this = BVariant(value); }
+    void SetValue(double value) noexcept { *this = BVariant(value); }
+    void SetValue(bool value) noexcept { *this = BVariant(value); }
+    void SetValue(std::uint32_t value) noexcept;
+    void SetValue(std::uint64_t value) noexcept;
+    void SetValue(float value) noexcept;
+    void SetValue(BString const& value) { *this = BVariant(value); }
+    void SetValue(BString&& value) noexcept { *this = BVariant(std::move(value)); }
+    /// 8-bit text of `length` bytes, or up to its NUL when `length` is 0.
+    void SetValue(char const* value, std::uint64_t length);
+    void SetAsNull() noexcept { *this = BVariant(); }
+
+    EVariantType GetType() const noexcept { return type; }
+    /// Renames the value's type without converting the value: a text becomes a date, an integer a
+    /// short one. What a type can not mean for the value held is found when it is asked for.
+    void SetType(EVariantType newType) noexcept { type = newType; }
+    bool IsNull() const noexcept { return storage == Storage::Nothing; }
+
+    std::int8_t GetValueAsByte(std::int8_t otherwise) const;
+    std::uint8_t GetValueAsUnsignedByte(std::uint8_t otherwise) const;
+    std::int16_t GetValueAsShort(std::int16_t otherwise) const;
+    std::uint16_t GetValueAsUnsignedShort(std::uint16_t otherwise) const;
+    std::int32_t GetValueAsInteger(std::int32_t otherwise) const;
+    std::uint32_t GetValueAsUnsignedInteger(std::uint32_t otherwise) const;
+    std::int64_t GetValueAsInteger64(std::int64_t otherwise) const;
+    std::uint64_t GetValueAsUnsignedInteger64(std::uint64_t otherwise) const;
+    float GetValueAsFloat(float otherwise) const;
+    double GetValueAsDouble(double otherwise) const;
+    /// Throws BAttributeDataException when the value can not be converted.
+    double GetValueAsDouble() const;
+    bool GetValueAsBoolean(bool otherwise) const;
+    BString GetValueAsString(BString const& otherwise) const;
+    std::vector<std::int32_t> GetValueAsIntegerList(std::vector<std::int32_t> const& otherwise) const;
+    std::vector<double> GetValueAsDoubleList(std::vector<double> const& otherwise) const;
+    std::vector<BString> GetValueAsStringList(std::vector<BString> const& otherwise) const;
+
+    /// Same type and equal value. Two nulls are equal; NaN equals nothing.
+    bool operator==(BVariant const& other) const;
+
+private:
+    enum class Storage : std::uint8_t { Nothing, Integer, Real, Text, Integers, Doubles, Strings };
+
+    template <class T>
+    struct List {
+        std::atomic<std::uint32_t> holders{1};
+        std::vector<T> values;
+    };
+
+    bool IsUnsigned64() const noexcept { return type == VAR_UNSIGNED_INTEGER64; }
+    void ReleaseShared() noexcept;
+    void Take(BVariant& other) noexcept;
+    /// The value cut to an integer; `isNegative` tells how to read the 64 bits.
+    struct Whole {
+        std::uint64_t bits;
+        bool isNegative;
+    };
+    std::optional<Whole> AsWhole() const;
+    std::optional<double> AsReal() const;
+    template <class T>
+    T AsInteger(T otherwise) const;
+
+    EVariantType type = VAR_NONE;
+    Storage storage = Storage::Nothing;
+    union {
+        std::int64_t integer; ///< an unsigned 64-bit value keeps its bits here
+        double real;
+        BString text;
+        List<std::int32_t>* integers;
+        List<double>* doubles;
+        List<BString>* strings;
+    };
+};
+
+} // namespace Ambrel
