@@ -26,8 +26,8 @@ public:
                                        BCoordSysRepository* repository, BLogger* logger);
     /// Deletes what this proxy has made.
     virtual void DestroyObject(BDataManager* object);
-    /// A name for a temporary copy of the input: a fresh path in the folder for temporary files with
-    /// the name's own last part. It is added to the list.
+    /// A name for a temporary copy of the input: a fresh path in the folder for temporary files
+    /// with the name's own last part. It is added to the list.
     virtual BString MakeTempInputFileName(BString const& fileName, std::vector<BString>& names);
 
 protected:

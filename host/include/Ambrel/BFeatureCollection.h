@@ -21,7 +21,9 @@ public:
     void SetGeometryClassCounts(EGeometryClass geometryClass, std::uint64_t count) {
         classCounts[geometryClass] = count;
     }
-    void SetGeometryTypeCounts(EGeometryType type, std::uint64_t count) { typeCounts[type] = count; }
+    void SetGeometryTypeCounts(EGeometryType type, std::uint64_t count) {
+        typeCounts[type] = count;
+    }
     std::uint64_t GetGeometryClassCount(EGeometryClass geometryClass) const;
     std::uint64_t GetGeometryTypeCount(EGeometryType type) const;
 
@@ -73,8 +75,8 @@ public:
     virtual void Transform(BTransform const& transform);
     virtual void TransformReverse(BTransform const& transform, BProgress& progress);
     virtual void TransformReverse(BTransform const& transform);
-    /// Sorts by the value of the attribute at `attributeIndex`: numbers by value, text byte by byte,
-    /// null and absent ones first. Equal ones keep their order.
+    /// Sorts by the value of the attribute at `attributeIndex`: numbers by value, text byte by
+    /// byte, null and absent ones first. Equal ones keep their order.
     virtual void Sort(std::uint64_t attributeIndex, bool ascending);
     /// The rectangle of a feature's geometry, empty when it has none. The reference is valid while
     /// the collection lives; the next call changes what it refers to.

@@ -17,7 +17,8 @@ public:
     virtual bool ConvertMapToWindow(double& x, double& y) const = 0;
     virtual bool DrawPoint(Gdiplus::PointF const& point) const = 0;
     virtual bool DrawPoints(Gdiplus::PointF const* points, int count) const = 0;
-    /// Lines, part by part: part i runs from vertex partStarts[i] to the one before the next part's.
+    /// Lines, part by part: part i runs from vertex partStarts[i] to the one before the next
+    /// part's.
     virtual bool DrawPolyline(Gdiplus::Point const* points, int count, int const* partStarts,
                               int partCount) const = 0;
     /// Rings, part by part, as DrawPolyline has them.

@@ -60,7 +60,8 @@ public:
     std::string_view Utf8() const noexcept {
         return rep ? std::string_view(rep->Bytes(), rep->size) : std::string_view();
     }
-    /// The text as wide characters, NUL-terminated; valid as Ascii() is. Allocates at the first call.
+    /// The text as wide characters, NUL-terminated; valid as Ascii() is. Allocates at the first
+    /// call.
     wchar_t const* c_str() const;
 
     bool IsEmpty() const noexcept { return rep == nullptr; }
@@ -69,7 +70,8 @@ public:
 
     /// printf-style formatting that does not depend on the locale. Understands the conversions
     /// d i u c s p x X o f F e E g G a A %, the flags, widths and precisions (`*` too), and the
-    /// lengths hh h l ll j z t L I64. `%s` takes 8-bit text and copies its bytes, `%ls` wide text.
+    /// lengths hh h l ll j z t L I64. `%s` takes 8-bit text as Ascii() gives it, `%ls` wide text.
+    /// The result is decoded by the default rule whatever codec is set: its parts come from here.
     static BString Format(char const* format, ...) __attribute__((format(printf, 1, 2)));
 
     /// Text that is known to be valid UTF-8: no codec is applied.
@@ -105,6 +107,7 @@ private:
     static void Free(Rep* rep) noexcept;
     void AssignUtf8(char const* text, std::size_t size);
     void Decode(char const* text, std::size_t size);
+    void DecodeByDefault(char const* text, std::size_t size);
 
     Rep* rep = nullptr; ///< null for the empty string
 };

@@ -32,8 +32,8 @@ enum EVariantType : std::uint32_t {
 /// may be read by several threads.
 ///
 /// The GetValueAs... operations return the value converted, or their argument when it can not be:
-/// null, a number outside the asked type's range, text that is not wholly a number, a scalar where a
-/// list is asked for (and the other way round). A real number becomes an integer by cutting its
+/// null, a number outside the asked type's range, text that is not wholly a number, a scalar where
+/// a list is asked for (and the other way round). A real number becomes an integer by cutting its
 /// fraction. Numbers and text are converted independently of the locale.
 class AMBREL_API BVariant final {
 public:
@@ -95,7 +95,8 @@ public:
     double GetValueAsDouble() const;
     bool GetValueAsBoolean(bool otherwise) const;
     BString GetValueAsString(BString const& otherwise) const;
-    std::vector<std::int32_t> GetValueAsIntegerList(std::vector<std::int32_t> const& otherwise) const;
+    std::vector<std::int32_t>
+    GetValueAsIntegerList(std::vector<std::int32_t> const& otherwise) const;
     std::vector<double> GetValueAsDoubleList(std::vector<double> const& otherwise) const;
     std::vector<BString> GetValueAsStringList(std::vector<BString> const& otherwise) const;
 

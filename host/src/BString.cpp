@@ -1,0 +1,146 @@
+#include "Ambrel/BString.h"
+
+#include "Formatter.h"
+#include "Unicode.h"
+
+#include <QTextCodec>
+
+#include <cstdarg>
+#include <cstring>
+#include <limits>
+#include <memory>
+#include <new>
+#include <stdexcept>
+#include <string>
+
+namespace Ambrel {
+
+namespace {
+
+std::atomic<QTextCodec const*> textCodec{nullptr};
+
+} // namespace
+
+BString::BString(char const* text) : BString(text, text ? std::strlen(text) : 0) {}
+
+BString::BString(char const* text, std::size_t size) {
+    if (size > 0) {
+        Decode(text, size);
+    }
+}
+
+BString::BString(wchar_t const* text) {
+    if (!text || *text == L'\0') {
+        return;
+    }
+    std::string const utf8 = Unicode::FromWide(text);
+    AssignUtf8(utf8.data(), utf8.size());
+}
+
+BString BString::FromUtf8(std::string_view text) {
+    BString result;
+    result.AssignUtf8(text.data(), text.size());
+    return result;
+}
+
+BString BString::FromQString(QString const& text) {
+    QByteArray const utf8 = text.toUtf8();
+    return FromUtf8({utf8.constData(), static_cast<std::size_t>(utf8.size())});
+}
+
+QString MakeQString(BString const& text) {
+    std::string_view const utf8 = text.Utf8();
+    if (utf8.size() > static_cast<std::size_t>(std::numeric_limits<int>::max())) {
+        throw std::length_error("text too long for a Qt string");
+    }
+    return QString::fromUtf8(utf8.data(), static_cast<int>(utf8.size()));
+}
+
+void BString::SetCodec(QTextCodec const* codec) noexcept {
+    textCodec.store(codec, std::memory_order_release);
+}
+
+void BString::Decode(char const* text, std::size_t size) {
+    if (QTextCodec const* const codec = textCodec.load(std::memory_order_acquire)) {
+        if (size > static_cast<std::size_t>(std::numeric_limits<int>::max())) {
+            throw std::length_error("text too long for a codec");
+        }
+        *this = FromQString(codec->toUnicode(text, static_cast<int>(size), nullptr));
+        return;
+    }
+    DecodeByDefault(text, size);
+}
+
+void BString::DecodeByDefault(char const* text, std::size_t size) {
+    if (Unicode::IsValidUtf8({text, size})) {
+        AssignUtf8(text, size);
+        return;
+    }
+    std::string const utf8 = Unicode::FromWindows1252({text, size});
+    AssignUtf8(utf8.data(), utf8.size());
+}
+
+BString::Rep* BString::Allocate(std::size_t size) {
+    if (size > std::numeric_limits<std::uint32_t>::max()) {
+        throw std::length_error("text longer than 4 GiB");
+    }
+    void* const memory = ::operator new(sizeof(Rep) + size + 1);
+    return new (memory) Rep{{1}, static_cast<std::uint32_t>(size), {nullptr}};
+}
+
+void BString::Free(Rep* rep) noexcept {
+    delete[] rep->wide.load(std::memory_order_relaxed);
+    rep->~Rep();
+    ::operator delete(rep);
+}
+
+void BString::AssignUtf8(char const* text, std::size_t size) {
+    Rep* newRep = nullptr;
+    if (size > 0) {
+        newRep = Allocate(size);
+        std::memcpy(newRep->Bytes(), text, size);
+        newRep->Bytes()[size] = '\0';
+    }
+    Release();
+    rep = newRep;
+}
+
+wchar_t const* BString::c_str() const {
+    if (!rep) {
+        return L"";
+    }
+    wchar_t* wide = rep->wide.load(std::memory_order_acquire);
+    if (wide) {
+        return wide;
+    }
+    // Several threads may hold this text and ask at once: the first to be ready is the one seen.
+    std::unique_ptr<wchar_t[]> made = Unicode::ToWide(Utf8());
+    if (rep->wide.compare_exchange_strong(wide, made.get(), std::memory_order_acq_rel)) {
+        return made.release();
+    }
+    return wide;
+}
+
+BString BString::Left(std::uint64_t count) const {
+    std::string_view const utf8 = Utf8();
+    std::size_t const size = Unicode::PrefixSize(utf8, count);
+    return size == utf8.size() ? *this : FromUtf8(utf8.substr(0, size));
+}
+
+BString BString::Format(char const* format, ...) {
+    std::string text;
+    std::va_list arguments;
+    va_start(arguments, format);
+    try {
+        FormatTo(text, format, arguments);
+    } catch (...) {
+        va_end(arguments);
+        throw;
+    }
+    va_end(arguments);
+    BString result;
+    result.DecodeByDefault(text.data(), text.size());
+    return result;
+}
+
+} // namespace Ambrel
