@@ -1,0 +1,63 @@
+#pragma once
+
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+#include <initializer_list>
+#include <string_view>
+#include <vector>
+
+namespace Ambrel::Test {
+
+using Bytes = std::vector<std::uint8_t>;
+
+/// Bytes put together value by value, in the byte orders that shapefiles mix:
+/// `ByteList().Little32(1).Real(10).Real(20)`.
+class ByteList {
+public:
+    ByteList& Byte(std::uint8_t value) {
+        bytes.push_back(value);
+        return *this;
+    }
+    ByteList& Little16(std::uint16_t value) { return Little(value, 2); }
+    ByteList& Little32(std::uint32_t value) { return Little(value, 4); }
+    ByteList& Big32(std::uint32_t value) {
+        for (int shift = 24; shift >= 0; shift -= 8) {
+            Byte(static_cast<std::uint8_t>(value >> shift));
+        }
+        return *this;
+    }
+    ByteList& Real(double value) { return Little(std::bit_cast<std::uint64_t>(value), 8); }
+    ByteList& Reals(std::initializer_list<double> values) {
+        for (double value : values) {
+            Real(value);
+        }
+        return *this;
+    }
+    ByteList& Text(std::string_view text) {
+        bytes.insert(bytes.end(), text.begin(), text.end());
+        return *this;
+    }
+    ByteList& Fill(std::size_t count, std::uint8_t value = 0) {
+        bytes.insert(bytes.end(), count, value);
+        return *this;
+    }
+    ByteList& Append(Bytes const& other) {
+        bytes.insert(bytes.end(), other.begin(), other.end());
+        return *this;
+    }
+    std::size_t Size() const { return bytes.size(); }
+    operator Bytes const&() const { return bytes; }
+
+private:
+    ByteList& Little(std::uint64_t value, int size) {
+        for (int i = 0; i < size; ++i) {
+            Byte(static_cast<std::uint8_t>(value >> (8 * i)));
+        }
+        return *this;
+    }
+
+    Bytes bytes;
+};
+
+} // namespace Ambrel::Test

@@ -1,0 +1,149 @@
+#include "TableBuilder.h"
+
+#include "TemporaryFolder.h"
+
+#include <algorithm>
+#include <stdexcept>
+
+namespace Ambrel::Test {
+
+namespace {
+
+bool IsNumber(char letter) {
+    return letter == 'N' || letter == 'n' || letter == 'F' || letter == 'f';
+}
+
+} // namespace
+
+TableBuilder& TableBuilder::Field(std::string const& name, char letter, std::uint8_t width,
+                                  std::uint8_t decimals) {
+    if (name.size() > 11) {
+        throw std::invalid_argument("field name is too long: " + name);
+    }
+    fields.push_back({name, letter, width, decimals});
+    return *this;
+}
+
+TableBuilder& TableBuilder::Row(std::vector<std::string> const& cells) {
+    if (cells.size() > fields.size()) {
+        throw std::invalid_argument("more cells than fields");
+    }
+    ByteList row;
+    row.Byte(' ');
+    for (std::size_t i = 0; i < fields.size(); ++i) {
+        std::string const cell = i < cells.size() ? cells[i] : std::string();
+        if (cell.size() > fields[i].width) {
+            throw std::invalid_argument("cell is too long: " + cell);
+        }
+        std::size_t const padding = fields[i].width - cell.size();
+        bool const isNumber = IsNumber(fields[i].letter);
+        row.Fill(isNumber ? padding : 0, ' ').Text(cell).Fill(isNumber ? 0 : padding, ' ');
+    }
+    return RawRow(row);
+}
+
+TableBuilder& TableBuilder::RawRow(Bytes const& bytes) {
+    rows.push_back(bytes);
+    return *this;
+}
+
+TableBuilder& TableBuilder::DeletionFlag(char flag) {
+    rows.back().front() = static_cast<std::uint8_t>(flag);
+    return *this;
+}
+
+TableBuilder& TableBuilder::Version(std::uint8_t value) {
+    version = value;
+    return *this;
+}
+
+TableBuilder& TableBuilder::Language(std::uint8_t value) {
+    language = value;
+    return *this;
+}
+
+TableBuilder& TableBuilder::RecordCount(std::uint32_t value) {
+    recordCount = value;
+    return *this;
+}
+
+TableBuilder& TableBuilder::HeaderLength(std::uint16_t value) {
+    headerLength = value;
+    return *this;
+}
+
+TableBuilder& TableBuilder::RecordLength(std::uint16_t value) {
+    recordLength = value;
+    return *this;
+}
+
+TableBuilder& TableBuilder::Terminator(Bytes const& bytes) {
+    terminator = bytes;
+    return *this;
+}
+
+TableBuilder& TableBuilder::EndMark(bool isThere) {
+    hasEndMark = isThere;
+    return *this;
+}
+
+TableBuilder& TableBuilder::Tail(Bytes const& bytes) {
+    tail = bytes;
+    return *this;
+}
+
+TableBuilder& TableBuilder::Cut(std::size_t size) {
+    keptSize = size;
+    return *this;
+}
+
+Bytes TableBuilder::Header() const {
+    std::size_t const trueHeaderLength = 32 + 32 * fields.size() + terminator.size();
+    std::uint16_t trueRecordLength = 1;
+    for (FieldDescriptor const& field : fields) {
+        trueRecordLength = static_cast<std::uint16_t>(trueRecordLength + field.width);
+    }
+    return ByteList()
+        .Byte(version)
+        .Byte(121)
+        .Byte(3)
+        .Byte(15)
+        .Little32(recordCount.value_or(static_cast<std::uint32_t>(rows.size())))
+        .Little16(headerLength.value_or(static_cast<std::uint16_t>(trueHeaderLength)))
+        .Little16(recordLength.value_or(trueRecordLength))
+        .Fill(17)
+        .Byte(language)
+        .Fill(2);
+}
+
+Bytes TableBuilder::Descriptors() const {
+    ByteList bytes;
+    for (FieldDescriptor const& field : fields) {
+        bytes.Text(field.name)
+            .Fill(11 - field.name.size())
+            .Byte(static_cast<std::uint8_t>(field.letter))
+            .Fill(4)
+            .Byte(field.width)
+            .Byte(field.decimals)
+            .Fill(14);
+    }
+    return bytes;
+}
+
+Bytes TableBuilder::Build() const {
+    ByteList file;
+    file.Append(Header()).Append(Descriptors()).Append(terminator);
+    for (Bytes const& row : rows) {
+        file.Append(row);
+    }
+    file.Fill(hasEndMark ? 1 : 0, 0x1A).Append(tail);
+    Bytes bytes = file;
+    bytes.resize(std::min(bytes.size(), keptSize.value_or(bytes.size())));
+    return bytes;
+}
+
+void TableBuilder::WriteTo(std::filesystem::path const& path) const {
+    WriteFile(path, Build());
+}
+
+} // namespace Ambrel::Test

@@ -1,0 +1,73 @@
+#pragma once
+
+#include "ByteList.h"
+
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace Ambrel::Test {
+
+/// Makes the bytes of a dBASE table, sound unless it is told otherwise:
+/// `TableBuilder().Field("name", 'C', 10).Row({"Oslo"}).WriteTo(folder / "towns.dbf")`.
+///
+/// It writes the layout on its own, so that it is a witness to what the product reads.
+class TableBuilder {
+public:
+    TableBuilder& Field(std::string const& name, char letter, std::uint8_t width,
+                        std::uint8_t decimals = 0);
+    /// A row of cells, padded with blanks: numbers ('N', 'F') to the left, all else to the right.
+    /// Cells that are left out are blank; std::invalid_argument for one that does not fit.
+    TableBuilder& Row(std::vector<std::string> const& cells);
+    /// A row as it stands in the file, deletion flag included.
+    TableBuilder& RawRow(Bytes const& bytes);
+    /// Sets the deletion flag of the last row.
+    TableBuilder& DeletionFlag(char flag);
+
+    TableBuilder& Version(std::uint8_t value);
+    /// The language byte, at offset 29 of the header.
+    TableBuilder& Language(std::uint8_t value);
+    /// The values that the header states, in place of the true ones.
+    TableBuilder& RecordCount(std::uint32_t value);
+    TableBuilder& HeaderLength(std::uint16_t value);
+    TableBuilder& RecordLength(std::uint16_t value);
+    /// What stands between the last descriptor and the first row, in place of one 0x0D; the header
+    /// length follows it.
+    TableBuilder& Terminator(Bytes const& bytes);
+    /// Whether 0x1A ends the file, true at first.
+    TableBuilder& EndMark(bool isThere);
+    /// What stands behind it all.
+    TableBuilder& Tail(Bytes const& bytes);
+    /// Keeps the first `size` bytes of the file.
+    TableBuilder& Cut(std::size_t size);
+
+    std::size_t FieldCount() const { return fields.size(); }
+    Bytes Build() const;
+    void WriteTo(std::filesystem::path const& path) const;
+
+private:
+    struct FieldDescriptor {
+        std::string name;
+        char letter;
+        std::uint8_t width;
+        std::uint8_t decimals;
+    };
+
+    Bytes Header() const;
+    Bytes Descriptors() const;
+
+    std::vector<FieldDescriptor> fields;
+    std::vector<Bytes> rows;
+    Bytes terminator{0x0D};
+    Bytes tail;
+    std::uint8_t version = 3;
+    std::uint8_t language = 0;
+    bool hasEndMark = true;
+    std::optional<std::uint32_t> recordCount;
+    std::optional<std::uint16_t> headerLength;
+    std::optional<std::uint16_t> recordLength;
+    std::optional<std::size_t> keptSize;
+};
+
+} // namespace Ambrel::Test
