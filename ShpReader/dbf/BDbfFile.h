@@ -1,0 +1,151 @@
+#pragma once
+
+#include "Ambrel/BFeature.h"
+#include "ShpReader/dbf/DbfFormat.h"
+#include "ShpReader/dbf/RecordWindow.h"
+
+#include <QString>
+
+#include <cstdint>
+#include <memory>
+#include <string_view>
+#include <vector>
+
+class QFile;
+
+namespace Ambrel {
+
+/// The dBASE table of a shapefile: one record of attribute values for each geometry record, in the
+/// same order.
+///
+/// Reading: Open in mode 1, then ReadAttributeRecord for any record, in any order.
+/// Writing: Open in mode 2, PrepareForWriting, WriteAttributeRecord for each record, Close.
+///
+/// A table is used by one thread at a time, except that records may be read with a handle of their
+/// own (`useOwnHandle` false) by several threads at once.
+class BDbfFile {
+public:
+    static constexpr std::uint32_t readMode = 1;
+    static constexpr std::uint32_t writeMode = 2;
+
+    BDbfFile();
+    BDbfFile(BDbfFile const&) = delete;
+    BDbfFile& operator=(BDbfFile const&) = delete;
+    /// Finishes a table that is open for writing as Close does.
+    virtual ~BDbfFile();
+
+    /// Opens a table for reading (mode 1) or empties it for writing (any other mode). When a table
+    /// that is read has not the size that its header says, `strict` makes that an error; otherwise
+    /// every record has default values. Called once for each object.
+    ///
+    /// Throws BFileNotFoundException when the file does not open or is no regular file,
+    /// BFileContentNotValidException for a malformed header (and a wrong size when strict),
+    /// BAlreadyOpenException; any other failure becomes a BException.
+    virtual void Open(BString const& fileName, std::uint32_t newMode, bool strict);
+
+    /// Ends a table that is open for writing: the end byte, and the record count in the header. In
+    /// every mode, empties the in-memory features. A table open for reading stays open.
+    virtual void Close();
+
+    /// Appends the table's records to the in-memory features: `maxCount` of them, or all when that
+    /// is not above 0. Returns whether the end of the table was reached. No more records are read
+    /// than the file has bytes. Throws as ReadAttributeRecord does, with its own operation name.
+    virtual bool Read(std::int32_t maxCount);
+
+    /// Writes a record for each of the in-memory features. Throws BNotOpenException when the table
+    /// is not open for writing, else as WriteAttributeRecord does.
+    virtual void Write();
+
+    /// Reads the field descriptors again; Open has done so already. Descriptors that the file does
+    /// not hold whole are no fields. Throws BNotOpenException.
+    void ReadSchema();
+
+    /// One definition for each field, in the order of the fields.
+    BAttributeDefs const& GetSchema() const noexcept { return schema; }
+
+    /// The header's record count. Throws BNotOpenException when the table is not open for reading.
+    std::uint32_t GetAttributeRecordCount() const;
+
+    /// Appends the values of record `index`, one attribute for each field. With `useOwnHandle` the
+    /// table's open handle and its record buffer are used, and records that follow are read ahead;
+    /// without, a handle and a buffer made for this call. Default values, of a table that has not
+    /// the size that its header says and of a record that the file does not hold whole, replace the
+    /// list.
+    ///
+    /// Throws BNotOpenException, BIndexOutOfBoundsException, and BFileNotFoundException when the
+    /// handle made for this call does not open.
+    void ReadAttributeRecord(std::uint32_t index, BAttributes& attributes, bool useOwnHandle);
+
+    /// Converts one field of a record: `offset` and the definition's width, in bytes, say where it
+    /// stands. What lies past the end of `record` has no text.
+    static void DbfField2Attribute(std::string_view record, BAttributeDef const& definition,
+                                   std::int32_t offset, BAttribute& attribute);
+
+    /// Writes the header and the field descriptors for a new table. Text fields are at most 254
+    /// bytes wide; names are cut to 10 bytes and kept distinct.
+    ///
+    /// Throws BNotOpenException when the table is not open for writing, and
+    /// BAttributeDataException, before anything is written, for what a header can not hold (it
+    /// names the field) and for a table that is prepared already.
+    void PrepareForWriting(BAttributeDefs const& newSchema);
+
+    /// Appends a record; value k goes into field k, and fields without a value stay blank. Throws
+    /// BAttributeDataException when the table is not prepared, there are more values than fields,
+    /// or a field can not be written; then nothing is written. A write that fails is logged, once.
+    void WriteAttributeRecord(BAttributes const& attributes);
+
+    /// Fills `record` (recordLength bytes, deletion flag included) with the text of the values.
+    /// Throws BAttributeDataException.
+    static void Attributes2DbfRecord(char* record, std::uint16_t recordLength,
+                                     BAttributes const& attributes, BAttributeDefs const& schema);
+
+    /// Copies the text up to its NUL, at most `width` bytes of it. Throws BAttributeDataException
+    /// when the width is not above 0.
+    static void CopyAttrData(char* destination, char const* text, std::int32_t width);
+
+    /// The features that Read fills and Write writes.
+    BFeatures& GetFeatures() noexcept { return features; }
+
+    /// Records written since the table was opened.
+    std::uint32_t GetRecordsWritten() const noexcept { return recordsWritten; }
+    /// Whether every record has default values because the file's size is wrong.
+    bool UsesDefaultValues() const noexcept { return useDefaultValues; }
+    /// The header, as it was read or will be written.
+    DbfHeader const& GetHeader() const noexcept { return header; }
+
+private:
+    void OpenFile(BString const& fileName);
+    void ReadHeader();
+    void CheckSize(bool strict);
+    [[noreturn]] void ThrowNotValid() const;
+    void RequireMode(std::uint32_t requiredMode, char const* operation) const;
+    void CreateDefaultAttributes();
+    void ReadWithOwnHandle(std::uint32_t index, BAttributes& attributes);
+    void ReadWithPrivateHandle(std::uint32_t index, BAttributes& attributes) const;
+    void UseDefaults(std::uint32_t index, BAttributes& attributes) const;
+    void WriteBytes(char const* bytes, std::size_t count);
+    void ReportFailedWrite();
+    void FinishTable();
+
+    std::unique_ptr<QFile> file;
+    DbfHeader header;
+    std::uint16_t writeRecordLength = 0;
+    std::uint32_t recordsWritten = 0;
+    BString path; ///< complete
+    std::uint32_t mode = 0;
+    BFeatures features;
+    BAttributeDefs schema;
+    std::vector<std::int32_t> fieldOffsets; ///< bytes in a record, parallel to the schema
+    std::vector<char> recordBuffer;         ///< the record being written
+    bool useDefaultValues = false;
+    BAttributes defaultAttributes;
+
+    RecordWindow window;            ///< the records read last through `file`
+    std::vector<BString> lastTexts; ///< the text that each field had last, to be shared
+    QString filePath;               ///< `path`, as handles take it
+    std::int64_t fileSize = 0;      ///< bytes, at Open
+    bool isPrepared = false;
+    bool hasFailedWrite = false;
+};
+
+} // namespace Ambrel
