@@ -79,6 +79,11 @@ BVariant::BVariant(double const* values, int count)
     : type(VAR_DOUBLE_LIST), storage(Storage::Doubles),
       doubles(MakeList<List<double>>(values, count)) {}
 
+BVariant::BVariant(std::vector<double>&& values)
+    : type(VAR_DOUBLE_LIST), storage(Storage::Doubles), doubles(new List<double>) {
+    doubles->values = std::move(values);
+}
+
 BVariant::BVariant(std::int32_t const* values, int count)
     : type(VAR_INTEGER_LIST), storage(Storage::Integers),
       integers(MakeList<List<std::int32_t>>(values, count)) {}

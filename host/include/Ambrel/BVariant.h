@@ -49,6 +49,7 @@ public:
     BVariant(char const* value);
     /// Lists, copied from `count` elements.
     BVariant(double const* values, int count);
+    explicit BVariant(std::vector<double>&& values);
     BVariant(std::int32_t const* values, int count);
     BVariant(BString const* values, int count);
 
