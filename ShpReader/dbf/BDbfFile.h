@@ -122,6 +122,7 @@ private:
     void CreateDefaultAttributes();
     void ReadWithOwnHandle(std::uint32_t index, BAttributes& attributes);
     void ReadWithPrivateHandle(std::uint32_t index, BAttributes& attributes) const;
+    BAttributes MakeDefaultAttributes() const;
     void UseDefaults(std::uint32_t index, BAttributes& attributes) const;
     void WriteBytes(char const* bytes, std::size_t count);
     void ReportFailedWrite();

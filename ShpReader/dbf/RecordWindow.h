@@ -26,7 +26,7 @@ private:
     std::vector<char> buffer;
     std::uint32_t first = 0;      ///< index of the first record held
     std::uint32_t wholeCount = 0; ///< records held whole
-    std::uint32_t nextSize = 1; ///< records to read when the next one asked for is behind the last
+    std::uint32_t lastCount = 1;  ///< records asked for by the last read
 };
 
 /// Reads one record through `file` into `buffer`, which has the record's length; returns the bytes

@@ -1,0 +1,137 @@
+#include "Ambrel/BException.h"
+#include "Ambrel/BFileUtilities.h"
+#include "Ambrel/BLogger.h"
+#include "ShpReader/dbf/BDbfFile.h"
+#include "ShpReader/dbf/DbfFieldConversion.h"
+
+#include <QFile>
+
+#include <algorithm>
+
+namespace Ambrel {
+
+namespace {
+
+constexpr char readRecordOperation[] = "BDbfFile::ReadAttributeRecord";
+
+/// Makes the text of every field anew.
+struct FreshTexts {
+    BString operator()(std::size_t /*field*/, std::string_view text) const {
+        return {text.data(), text.size()};
+    }
+};
+
+/// Shares a field's text with the record before where that had the same: columns are repetitive.
+class SharedTexts {
+public:
+    explicit SharedTexts(std::vector<BString>& newLastTexts) : lastTexts(newLastTexts) {}
+
+    BString const& operator()(std::size_t field, std::string_view text) {
+        BString& last = lastTexts[field];
+        if (last.Utf8() != text || !IsAscii(text)) {
+            last = BString(text.data(), text.size());
+        }
+        return last;
+    }
+
+private:
+    /// What other bytes mean depends on the codec, which may have been another one.
+    static bool IsAscii(std::string_view text) noexcept {
+        return std::all_of(text.begin(), text.end(), [](char c) { return (c & 0x80) == 0; });
+    }
+
+    std::vector<BString>& lastTexts;
+};
+
+template <class Texts>
+void ConvertRecord(std::string_view record, BAttributeDefs const& schema,
+                   std::vector<std::int32_t> const& offsets, Texts texts, BAttributes& attributes) {
+    attributes.Reserve(attributes.GetCount() + offsets.size());
+    for (std::size_t i = 0; i < offsets.size(); ++i) {
+        BAttributeDef const& field = schema.GetAt(i);
+        std::string_view const bytes = GetFieldBytes(record, offsets[i], field.width);
+        if (IsScalarType(field.GetType())) {
+            attributes.Add(field.name, ConvertScalar(bytes, field.GetType()));
+        } else {
+            attributes.Add(field.name, BVariant(BString(texts(i, GetTrimmedText(bytes)))));
+        }
+    }
+}
+
+} // namespace
+
+std::uint32_t BDbfFile::GetAttributeRecordCount() const {
+    RequireMode(readMode, "BDbfFile::GetAttributeRecordCount");
+    return header.recordCount;
+}
+
+void BDbfFile::ReadAttributeRecord(std::uint32_t index, BAttributes& attributes,
+                                   bool useOwnHandle) {
+    RequireMode(readMode, readRecordOperation);
+    if (index >= header.recordCount) {
+        throw BIndexOutOfBoundsException(
+            readRecordOperation, BString::Format("SHP/DBF data mismatch (Index=%u, NumRecords=%u)",
+                                                 index, header.recordCount));
+    }
+    if (useDefaultValues) {
+        attributes = defaultAttributes;
+    } else if (useOwnHandle) {
+        ReadWithOwnHandle(index, attributes);
+    } else {
+        ReadWithPrivateHandle(index, attributes);
+    }
+}
+
+void BDbfFile::ReadWithOwnHandle(std::uint32_t index, BAttributes& attributes) {
+    std::string_view const record = window.Fetch(*file, header, index);
+    if (record.size() < header.recordLength) {
+        UseDefaults(index, attributes);
+        return;
+    }
+    lastTexts.resize(fieldOffsets.size());
+    ConvertRecord(record, schema, fieldOffsets, SharedTexts(lastTexts), attributes);
+}
+
+void BDbfFile::ReadWithPrivateHandle(std::uint32_t index, BAttributes& attributes) const {
+    QFile handle(filePath);
+    if (!BFileUtilities::Exists(path) ||
+        !handle.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
+        throw BFileNotFoundException(readRecordOperation, path);
+    }
+    std::vector<char> buffer(header.recordLength);
+    std::string_view const record = ReadRecordBytes(handle, header, index, buffer);
+    if (record.size() < header.recordLength) {
+        UseDefaults(index, attributes);
+        return;
+    }
+    ConvertRecord(record, schema, fieldOffsets, FreshTexts(), attributes);
+}
+
+void BDbfFile::UseDefaults(std::uint32_t index, BAttributes& attributes) const {
+    BLogger::Instance()->WriteLine(
+        LOG_WARNING, "DBF-Reader: Record %u is missing or incomplete: default values used. File=%s",
+        index, path.Ascii());
+    attributes = MakeDefaultAttributes();
+}
+
+bool BDbfFile::Read(std::int32_t maxCount) {
+    RequireMode(readMode, "BDbfFile::Read");
+    if (schema.GetCount() == 0) {
+        ReadSchema();
+    }
+    // A record takes a byte at the least: a count beyond the file's bytes is not the table's.
+    auto const count =
+        static_cast<std::uint32_t>(std::min<std::int64_t>(GetAttributeRecordCount(), fileSize));
+    features.Reserve(features.GetCount() + count);
+    for (std::uint32_t i = 0; i < count; ++i) {
+        if (maxCount > 0 && i == static_cast<std::uint32_t>(maxCount)) {
+            return false;
+        }
+        BSharedPtr<BFeature> const feature(new BFeature);
+        ReadAttributeRecord(i, feature->attributes, true);
+        features.Add(feature);
+    }
+    return true;
+}
+
+} // namespace Ambrel

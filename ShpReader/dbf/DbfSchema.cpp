@@ -1,0 +1,93 @@
+#include "Ambrel/BException.h"
+#include "Ambrel/BLogger.h"
+#include "ShpReader/dbf/BDbfFile.h"
+
+#include <QFile>
+
+#include <algorithm>
+
+namespace Ambrel {
+
+namespace {
+
+BAttributeDef MakeDefinition(DbfFieldDescriptor const& descriptor) {
+    BAttributeDef definition;
+    definition.SetType(descriptor.GetVariantType());
+    definition.name = BString(descriptor.name.data(), descriptor.name.size());
+    definition.width = descriptor.width;
+    definition.decimals = descriptor.decimals;
+    if (definition.GetType() == VAR_DATE) {
+        definition.isDate = true;
+    }
+    return definition;
+}
+
+BVariant MakeDefaultValue(EVariantType type) {
+    switch (type) {
+    case VAR_INTEGER: return {0};
+    case VAR_INTEGER64: return {std::int64_t{0}};
+    case VAR_DOUBLE: return {0.0};
+    case VAR_BOOLEAN: return {false};
+    case VAR_DATE: {
+        BVariant value(BString::FromUtf8(dbfNoDate));
+        value.SetType(VAR_DATE);
+        return value;
+    }
+    default: return {BString()};
+    }
+}
+
+/// The descriptors behind the header: as many as the header has room for and the file holds whole.
+std::vector<char> ReadDescriptors(QFile& file, DbfHeader const& header) {
+    std::vector<char> bytes(header.GetFieldCount() * DbfFieldDescriptor::size);
+    qint64 const held =
+        file.seek(DbfHeader::size) ? file.read(bytes.data(), static_cast<qint64>(bytes.size())) : 0;
+    auto const whole =
+        static_cast<std::size_t>(std::max<qint64>(held, 0)) / DbfFieldDescriptor::size;
+    bytes.resize(whole * DbfFieldDescriptor::size);
+    return bytes;
+}
+
+} // namespace
+
+void BDbfFile::ReadSchema() {
+    RequireMode(readMode, "BDbfFile::ReadSchema");
+    BLogger::Instance()->WriteLine(LOG_PROGRESS, "DBF-File: Reading schema...");
+    schema.Clear();
+    fieldOffsets.clear();
+    lastTexts.clear();
+    if (!header.HasRegularLength()) {
+        BLogger::Instance()->WriteLine(LOG_WARNING, "DBF-File: Header length is not valid.");
+    }
+    std::vector<char> const descriptors = ReadDescriptors(*file, header);
+    std::size_t const fieldCount = descriptors.size() / DbfFieldDescriptor::size;
+    fieldOffsets.reserve(fieldCount);
+    schema.Reserve(fieldCount);
+    std::int32_t offset = dbfDeletionFlagSize;
+    for (std::size_t i = 0; i < fieldCount; ++i) {
+        auto const descriptor =
+            DbfFieldDescriptor::Decode(descriptors.data() + i * DbfFieldDescriptor::size);
+        schema.Add(MakeDefinition(descriptor));
+        fieldOffsets.push_back(offset);
+        offset += descriptor.width;
+    }
+    if (useDefaultValues) {
+        CreateDefaultAttributes();
+    }
+}
+
+void BDbfFile::CreateDefaultAttributes() {
+    defaultAttributes = MakeDefaultAttributes();
+}
+
+BAttributes BDbfFile::MakeDefaultAttributes() const {
+    BAttributes attributes;
+    attributes.Reserve(schema.GetCount());
+    for (std::uint64_t i = 0; i < schema.GetCount(); ++i) {
+        BAttributeDef const& field = schema.GetAt(i);
+        attributes.Add(field.name, MakeDefaultValue(field.GetType()));
+    }
+    return attributes;
+}
+
+} // namespace Ambrel
