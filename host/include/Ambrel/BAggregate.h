@@ -33,9 +33,9 @@ private:
 
 // Instantiated in the host library alone, so that no table of virtual operations is left behind in
 // a plug-in that is unloaded while its geometries live on.
-extern template class BAggregate<BSharedPtr<BPointGeo>>;
-extern template class BAggregate<BSharedPtr<BLinearGeo>>;
-extern template class BAggregate<BSharedPtr<BAreaGeo>>;
+extern template class AMBREL_API BAggregate<BSharedPtr<BPointGeo>>;
+extern template class AMBREL_API BAggregate<BSharedPtr<BLinearGeo>>;
+extern template class AMBREL_API BAggregate<BSharedPtr<BAreaGeo>>;
 
 class AMBREL_API BAggregatePoint final : public BAggregate<BSharedPtr<BPointGeo>> {
 public:
