@@ -36,10 +36,19 @@ std::size_t ReadAhead::TakeFromPiece(std::int64_t position, std::uint8_t* destin
     return count;
 }
 
+/// Whether `position` lies behind the piece, with a gap no larger than the piece.
+bool ReadAhead::IsForward(std::int64_t position) const noexcept {
+    auto const size = static_cast<std::int64_t>(filled);
+    return size > 0 && position >= start + size && position - start - size <= size;
+}
+
 void ReadAhead::Refill(std::int64_t position, std::size_t expected) {
-    bool const isForward = filled > 0 && position == start + static_cast<std::int64_t>(filled);
-    std::size_t const wanted = std::clamp(isForward ? std::max(2 * filled, expected) : expected,
-                                          std::size_t{1}, largestPiece);
+    std::size_t wanted = std::clamp(expected, std::size_t{1}, largestPiece);
+    std::size_t const grown = std::min(2 * filled, largestPiece);
+    if (IsForward(position) && grown > wanted && grown - wanted <= allowance) {
+        allowance -= grown - wanted;
+        wanted = grown;
+    }
     filled = 0;
     if (wanted > capacity) {
         capacity = 0;

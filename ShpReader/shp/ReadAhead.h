@@ -10,15 +10,16 @@ namespace Ambrel {
 
 /// Reads a file by position through a piece of it that is held in memory.
 ///
-/// While reads go forward without a gap, the pieces grow, up to the size that was asked for; a jump
-/// falls back to what the reader says it will need. So a scan takes few system calls, and the bytes
-/// that are read in vain never outnumber those that are used by much. It uses nothing that the file
-/// did not give: a short read gives less.
+/// While reads go forward, the pieces grow, so that a scan takes few system calls; a jump falls
+/// back to what the reader says it will need. What is read ahead in vain is bounded by twice the
+/// file's size, whatever the order of the reads: then nothing is read ahead any more. Nothing is
+/// used that the file did not give: a short read gives less.
 class ReadAhead {
 public:
-    /// `largestPiece`: bytes; 0 to read nothing ahead. The file must be open and outlive this.
-    ReadAhead(QFile& newFile, std::size_t newLargestPiece) noexcept
-        : file(&newFile), largestPiece(newLargestPiece) {}
+    /// `largestPiece`: bytes; 0 to read nothing ahead. The file must be open and outlive this;
+    /// `fileSize` is its size in bytes.
+    ReadAhead(QFile& newFile, std::uint64_t fileSize, std::size_t newLargestPiece) noexcept
+        : file(&newFile), allowance(2 * fileSize), largestPiece(newLargestPiece) {}
 
     /// Copies up to `size` bytes from `position` on, and returns how many the file gave. Of the
     /// bytes from `position` on, `expected` (at least `size`) will be wanted next. A negative
@@ -32,7 +33,10 @@ private:
     void Refill(std::int64_t position, std::size_t expected);
     std::size_t ReadFile(std::int64_t position, std::uint8_t* destination, std::size_t size);
 
+    bool IsForward(std::int64_t position) const noexcept;
+
     QFile* file;
+    std::uint64_t allowance; ///< bytes that may still be read ahead of what is asked for
     std::size_t largestPiece;
     std::unique_ptr<std::uint8_t[]> piece;
     std::size_t capacity = 0;

@@ -1,0 +1,51 @@
+// Which records meet an area, by their stored rectangles.
+
+#include "ShpReader/shp/BShpFile.h"
+
+namespace Ambrel {
+
+namespace {
+
+/// The stored rectangle of any record ends within its first bytes.
+constexpr std::uint32_t bytesWithRectangle = 36;
+
+/// Rectangles that are not empty and have no bound that is not a number.
+bool IsCandidate(BRect const& rectangle) noexcept {
+    return rectangle.xMax >= rectangle.xMin && rectangle.yMax >= rectangle.yMin;
+}
+
+} // namespace
+
+template <class Visit>
+void BShpFile::VisitRecordsInArea(char const* operation, BRect const& area, Visit visit) const {
+    RequireMode(readMode, "BShpFile::ReadFeature");
+    std::unique_ptr<QFile> const handle = OpenForReading(operation, fileName);
+    RecordAccess access = AccessPrivately(*handle, RecordAccess::scanPiece);
+    ContentBuffer buffer;
+    for (std::uint32_t index = 0; index < recordCount; ++index) {
+        BRect const rectangle =
+            GetRecordMBR(ReadRecord(index, access, buffer, false, bytesWithRectangle));
+        if (IsCandidate(rectangle) && area.Meets(rectangle) && !visit(index)) {
+            return;
+        }
+    }
+}
+
+bool BShpFile::HasFeaturesInArea(BRect const& area, BParamList const& /*params*/) const {
+    bool found = false;
+    VisitRecordsInArea("BShpFile::HasFeaturesInArea", area, [&](std::uint32_t) {
+        found = true;
+        return false;
+    });
+    return found;
+}
+
+void BShpFile::SelectFeatures(BRect const& area, BParamList const& /*params*/,
+                              std::vector<std::uint64_t>& result) const {
+    VisitRecordsInArea("BShpFile::SelectFeatures", area, [&](std::uint32_t index) {
+        result.push_back(index);
+        return true;
+    });
+}
+
+} // namespace Ambrel

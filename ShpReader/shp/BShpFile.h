@@ -1,0 +1,231 @@
+#pragma once
+
+#include "Ambrel/BFeature.h"
+#include "Ambrel/BLayer.h"
+#include "Ambrel/BRect.h"
+#include "Ambrel/BSharedPtr.h"
+#include "Ambrel/BString.h"
+#include "ShpReader/dbf/BDbfFile.h"
+#include "ShpReader/shp/RecordAccess.h"
+
+#include <cstdint>
+#include <limits>
+#include <memory>
+#include <mutex>
+#include <vector>
+
+class QFile;
+
+namespace Ambrel {
+
+class BParamList;
+class BProgress;
+class BRenderer;
+
+/// One shapefile: the main file (".shp"), its index (".shx"), its table (".dbf") and its optional
+/// coordinate system (".prj"). See the "ESRI Shapefile Technical Description" (July 1998).
+///
+/// Records are counted from 0 in the order of the index. Content that does not fit is a problem of
+/// the data: one log line of severity 2 names the record, its feature is delivered without
+/// geometry, and the records behind it are read as if nothing were wrong.
+///
+/// Threads: ReadFeature, HasFeaturesInArea, SelectFeatures and RenderFeatures open handles of their
+/// own and may run on several threads at once. Everything else is for one thread at a time.
+///
+/// Every record operation throws BReadWriteMismatchException (with an empty message) in the wrong
+/// mode, and BIndexOutOfBoundsException (operation, "Index=%u, NumRecords=%u") for an index that is
+/// not below the record count.
+class BShpFile {
+public:
+    static constexpr std::uint32_t closedMode = 0;
+    static constexpr std::uint32_t readMode = 1;
+    static constexpr std::uint32_t writeMode = 2;
+    /// What Read returns when the progress observer ended it.
+    static constexpr std::int32_t readCancelled = 3;
+
+    BShpFile();
+    BShpFile(BShpFile const&) = delete;
+    BShpFile& operator=(BShpFile const&) = delete;
+    /// Closes the file. After writing, completes the headers; where no record was written, removes
+    /// the files.
+    virtual ~BShpFile();
+
+    /// Does nothing in write mode. Throws BReadWriteMismatchException otherwise.
+    virtual void Write();
+    /// Appends a null-shape record, and the feature's attribute values to the table. The table must
+    /// have been prepared (PrepareTable). Throws BReadWriteMismatchException, or
+    /// BAttributeDataException for values that can not be written; the null-shape record stands
+    /// then.
+    virtual void WriteFeature(BSharedPtr<BFeature> const& feature);
+    /// Appends a null-shape record with its index entry. Throws BReadWriteMismatchException.
+    virtual void WriteNullShape();
+
+    /// Opens the file `name` and its companions: mode 1 to read, 2 to write (which empties them).
+    /// `newUseAttributes`: whether features get attribute values. `newAttributeZName`: the
+    /// attribute whose value replaces the Z of single-part geometries, or empty. An object that is
+    /// open in the same mode stays as it is.
+    ///
+    /// Throws BAlreadyOpenException, BFileNotFoundException, BFileContentNotValidException, what
+    /// BDbfFile::Open throws; any other failure becomes a BException. After a failure the object
+    /// can only be destroyed.
+    void Open(BString const& name, std::uint32_t requestedMode, bool newUseAttributes,
+              BString newAttributeZName);
+
+    /// Gives the layer what is known before any record is read: 3D flag, metadata, geometry class
+    /// and schema. Then loads the index. Throws BNotOpenException.
+    void SetUpLayer(BSharedPtr<BVectorLayer>& layer);
+    /// Takes the index entries into memory. Where there is no memory for them, entries are read
+    /// from the file when they are needed.
+    void LoadIndex();
+    /// Frees the index in memory and the shared record buffer. Both are made again, or done
+    /// without, when they are needed.
+    void ReleaseBuffers() noexcept;
+
+    BString const& GetFileName() const noexcept { return fileName; } ///< full path of the main file
+    BSharedPtr<BCoordSys> const& GetCoordSys() const noexcept { return coordSys; }
+    BSharedPtr<BDbfFile> const& GetDbfFile() const noexcept { return dbfFile; }
+    std::uint32_t GetMode() const noexcept { return mode; }
+    std::uint32_t GetRecordCount() const noexcept { return recordCount; }
+    std::uint32_t GetShapeType() const noexcept { return shapeType; }
+    bool HasZ() const noexcept { return hasZ; }
+    bool HasMeasures() const noexcept { return hasMeasures; }
+    double GetMinZ() const noexcept { return zMin; }
+    double GetMaxZ() const noexcept { return zMax; }
+    double GetMinMeasure() const noexcept { return mMin; }
+    double GetMaxMeasure() const noexcept { return mMax; }
+    /// The header's box as it stands there; in write mode, that of what was written.
+    BBox const& GetExtent() const noexcept { return extent; }
+    /// The extent with the header's Z range, where the file has Z.
+    BBox GetMBB() const;
+    /// Bytes that the shared record buffer holds.
+    std::uint32_t GetShapeBufferSize() const noexcept { return shapeBuffer.capacity; }
+    bool HasIndexInMemory() const { return HoldIndex() != nullptr; }
+
+    /// The observer of whole-file reads, not owned; null for none.
+    void SetProgress(BProgress* newProgress) noexcept { progress = newProgress; }
+
+    /// Reads every record, in order, and adds its feature to the layer's collection. Returns 0, or
+    /// readCancelled when the observer ended it; the features before that stay in the layer. Throws
+    /// what decoding throws, such as BUnknownGeometryException for a type that can not be decoded.
+    std::int32_t Read(BSharedPtr<BVectorLayer> const& layer);
+    /// Decodes one record content. `complete`: add format, record number, attributes and attribute
+    /// Z. `useOwnHandle`: see BDbfFile::ReadAttributeRecord. Never returns an empty holder. Throws
+    /// BUnknownGeometryException ("BShpFile::Read") and what the table throws.
+    BSharedPtr<BFeature> Read(std::uint32_t index, RecordContent content, bool complete,
+                              bool useOwnHandle);
+
+    /// Reads one record as a feature through handles of its own.
+    BSharedPtr<BFeature> ReadFeature(std::uint64_t index, bool complete);
+    /// The stored rectangle of a record: a point's position, the box of the other types; empty for
+    /// null, multipatch and unknown types and where the content is too short for it.
+    BRect GetFeatureMBRAt(std::uint64_t index);
+    static BRect GetRecordMBR(RecordContent content);
+
+    /// Whether the stored rectangle of any record meets the area. Stored rectangles with a minimum
+    /// above the maximum, or a bound that is not a number, meet nothing. `params` is not consulted.
+    bool HasFeaturesInArea(BRect const& area, BParamList const& params) const;
+    /// Appends the indexes of all such records, in ascending order.
+    void SelectFeatures(BRect const& area, BParamList const& params,
+                        std::vector<std::uint64_t>& result) const;
+
+    /// Draws the listed records, in that order. Throws BUnknownGeometryException ("BShpFile::Read")
+    /// for a type that can not be drawn; what was drawn before stays drawn.
+    void RenderFeatures(std::vector<std::uint64_t> const& indexes, BRenderer const* renderer) const;
+
+    /// Prepares the table that is being written for values of this schema: once, before the first
+    /// WriteFeature. Throws as BDbfFile::PrepareForWriting does.
+    void PrepareTable(BAttributeDefs const& schema);
+    /// The coordinate system to write beside the file. REQUIRES: write mode.
+    void SetCoordSys(BSharedPtr<BCoordSys> const& newCoordSys) { coordSys = newCoordSys; }
+    /// Writes the header as it is known at open; returns its size in bytes. Throws
+    /// BReadWriteMismatchException.
+    std::int32_t WriteHeader(QFile& handle);
+    /// Completes the header with the length of the handle's file and the extent. Throws
+    /// BReadWriteMismatchException ("BShpFile::WriteHeader").
+    void FinishHeader(QFile& handle);
+
+private:
+    // Opening.
+    void OpenAll(BString const& name);
+    void OpenToRead();
+    void OpenToWrite();
+    void GetHeader();
+    void LoadCoordSys();
+    void Close() noexcept;
+    void FillLayer(BVectorLayer& layer);
+
+    // Record access.
+    void RequireMode(std::uint32_t requiredMode, char const* operation) const;
+    void RequireIndex(std::uint64_t index, char const* operation) const;
+    std::shared_ptr<IndexCopy const> HoldIndex() const;
+    /// Access through a private handle on the main file.
+    RecordAccess AccessPrivately(QFile& mainHandle, std::size_t piece) const;
+    RecordAccess AccessShared(std::size_t piece);
+    RecordContent
+    ReadRecord(std::uint32_t index, RecordAccess& access, ContentBuffer& buffer, bool reuseBuffers,
+               std::uint32_t mostBytes = std::numeric_limits<std::uint32_t>::max()) const;
+    BSharedPtr<BFeature> FetchFeature(std::uint32_t index, bool complete);
+
+    // Layer reading.
+    bool ReadAllRecords(BVectorLayer& layer);
+    bool WantsToGoOn(std::uint32_t index) const;
+
+    // Area selection: calls visit(index) for the records that meet the area until it returns false.
+    template <class Visit>
+    void VisitRecordsInArea(char const* operation, BRect const& area, Visit visit) const;
+
+    // Decoding. Each returns a feature, without geometry where the content is not valid.
+    BSharedPtr<BFeature> Decode(std::uint32_t index, RecordContent content) const;
+    BSharedPtr<BFeature> ReadPoint(std::uint32_t index, RecordContent content) const;
+    BSharedPtr<BFeature> ReadMultiPoint(std::uint32_t index, RecordContent content) const;
+    BSharedPtr<BFeature> ReadPolyline(std::uint32_t index, RecordContent content) const;
+    BSharedPtr<BFeature> ReadPolygon(std::uint32_t index, RecordContent content) const;
+    BSharedPtr<BFeature> MakeFeature() const;
+    void ReportMissingBlocks(std::uint32_t index, bool zIsThere, bool measuresAreThere) const;
+    /// Adds the Z and measure entries of a record of several vertices.
+    void AddPartMetadata(VertexRecord const& record, BKeyValuePairs& metadata) const;
+    void ApplyAttributeZ(std::uint32_t index, BFeature& feature) const;
+
+    // Writing.
+    ShpFileHeader MakeHeader() const;
+    void WriteBytes(QFile& handle, std::uint8_t const* bytes, std::size_t count);
+    void ReportFailedWrite(QFile const& handle);
+    void FinishWriting() noexcept;
+    void FinishFiles();
+    void WriteCompanions();
+    void RemoveOutputs();
+
+    std::unique_ptr<QFile> mainFile;
+    std::unique_ptr<QFile> indexFile;
+    BString fileName;
+    BString indexFileName;
+    BSharedPtr<BDbfFile> dbfFile;
+    BString prjFileName;
+    BString dbfFileName;
+    BSharedPtr<BCoordSys> coordSys;
+    BBox extent;
+    std::uint32_t recordCount = 0;
+    std::uint32_t shapeType = 0;
+    bool hasZ = false;
+    bool hasMeasures = false;
+    double zMin = std::numeric_limits<double>::max();
+    double zMax = std::numeric_limits<double>::lowest();
+    double mMin = std::numeric_limits<double>::max();
+    double mMax = std::numeric_limits<double>::lowest();
+    std::uint32_t mode = closedMode;
+    BProgress* progress = nullptr;
+    bool useAttributes = true;
+    ContentBuffer shapeBuffer; ///< shared, reused from record to record
+    std::shared_ptr<IndexCopy const> indexBuffer;
+    bool hasAttributeZName = false;
+    BString attributeZName;
+
+    /// Guards the two buffers: a fetch that fails on one thread frees them while others fetch.
+    mutable std::mutex bufferLock;
+    bool isMainWritten = false; ///< the file has been opened for writing, and so emptied
+    bool isIndexWritten = false;
+    bool isTableWritten = false;
+    bool hasFailedWrite = false;
+};
+
+} // namespace Ambrel

@@ -1,0 +1,149 @@
+// Polygon records: rings, and how they become shells and holes.
+
+#include "ShpReader/shp/BShpFile.h"
+
+#include "Ambrel/BAggregate.h"
+#include "Ambrel/BLogger.h"
+#include "ShpReader/shp/RecordFaults.h"
+#include "ShpReader/shp/Vertices.h"
+
+#include <vector>
+
+namespace Ambrel {
+
+namespace {
+
+using Ring = BSharedPtr<BPolygon>;
+
+/// A shell, and behind it the holes that were accepted into it. Never empty.
+using RingGroup = std::vector<Ring>;
+
+/// A ring whose last vertex repeats its first.
+Ring ReadRing(VertexRecord const& record, std::size_t first, std::size_t count, bool is3d) {
+    Ring ring(new BPolygon);
+    BPoints points;
+    points.Reserve(count + 1);
+    for (std::size_t i = first; i < first + count; ++i) {
+        points.Add(ReadVertex(record, i));
+    }
+    if (!(points.GetAt(0) == points.GetLast())) {
+        points.Add(BPoint(points.GetAt(0)));
+    }
+    ring->SetPoints(std::move(points));
+    ring->is3d = is3d;
+    return ring;
+}
+
+/// Sorts the rings of a record into groups, one after the other. The format says that shells run
+/// clockwise and holes the other way, but not which hole belongs to which shell. Here a ring
+/// becomes a hole only of the shell that was started last, and only while the ring just before it
+/// was that shell or one of its holes; any other ring that is not clockwise is turned and starts a
+/// group.
+class RingSorter {
+public:
+    void Add(Ring ring) {
+        if (ring->GetOrientation() == ORIENTATION_CLOCKWISE) {
+            StartGroup(std::move(ring));
+            afterShell = true;
+        } else if ((afterShell || afterHole) &&
+                   groups.back().front()->Contains(ring->GetPoints())) {
+            groups.back().push_back(std::move(ring));
+            afterShell = false;
+            afterHole = true;
+        } else {
+            ring->SetOrientation(ORIENTATION_CLOCKWISE);
+            StartGroup(std::move(ring));
+        }
+    }
+
+    std::vector<RingGroup> groups;
+
+private:
+    void StartGroup(Ring ring) {
+        groups.emplace_back().push_back(std::move(ring));
+        afterShell = false;
+        afterHole = false;
+    }
+
+    bool afterShell = false; ///< the ring just handled was a clockwise shell
+    bool afterHole = false;  ///< the ring just handled was accepted as a hole
+};
+
+std::vector<RingGroup> ReadRings(std::uint32_t index, VertexRecord const& record, bool is3d) {
+    RingSorter sorter;
+    std::size_t next = 0;
+    for (std::size_t part = 0; part < record.PartCount(); ++part) {
+        std::size_t const size = record.PartSize(part);
+        if (size == 0) {
+            BLogger::Instance()->WriteLine(
+                LOG_WARNING, "SHP-Reader: Record %u: part %u has no vertices; part skipped.", index,
+                static_cast<unsigned>(part));
+            continue;
+        }
+        sorter.Add(ReadRing(record, next, size, is3d));
+        next += size;
+    }
+    return std::move(sorter.groups);
+}
+
+/// The rings' vertices as fresh polygons; the rings are left empty.
+BSharedPtr<BAreaGeo> MakeDonut(RingGroup const& group) {
+    auto* const donut = new BDonut;
+    BSharedPtr<BAreaGeo> area(donut);
+    donut->ReserveHoles(group.size() - 1);
+    for (Ring const& ring : group) {
+        auto* const polygon = new BPolygon;
+        BSharedPtr<BAreaGeo> const fresh(polygon);
+        polygon->SetPoints(ring->TakePoints());
+        if (&ring == &group.front()) {
+            donut->SetShell(fresh);
+        } else {
+            donut->AddHole(fresh);
+        }
+    }
+    return area;
+}
+
+BSharedPtr<BGeometry> MakeAggregateArea(std::vector<RingGroup> const& groups) {
+    auto* const members = new BAggregateArea;
+    BSharedPtr<BGeometry> geometry(members);
+    members->Reserve(groups.size());
+    for (RingGroup const& group : groups) {
+        members->Add(group.size() == 1 ? BSharedPtr<BAreaGeo>(group.front()) : MakeDonut(group));
+    }
+    return geometry;
+}
+
+/// The points exactly as they are stored: a single ring is neither closed nor turned.
+BSharedPtr<BGeometry> MakeSinglePolygon(VertexRecord const& record) {
+    auto* const polygon = new BPolygon;
+    BSharedPtr<BGeometry> geometry(polygon);
+    polygon->SetPoints(ReadVertices(record, 0, record.PointCount()));
+    return geometry;
+}
+
+BSharedPtr<BGeometry> MakeFromRings(std::uint32_t index, VertexRecord const& record, bool is3d) {
+    std::vector<RingGroup> const groups = ReadRings(index, record, is3d);
+    return groups.size() == 1 ? BSharedPtr<BGeometry>(MakeDonut(groups.front()))
+                              : MakeAggregateArea(groups);
+}
+
+} // namespace
+
+BSharedPtr<BFeature> BShpFile::ReadPolygon(std::uint32_t index, RecordContent content) const {
+    BSharedPtr<BFeature> feature = MakeFeature();
+    VertexRecord const record = VertexRecord::OfParts(content, hasZ, hasMeasures);
+    if (RecordFault const fault = FindFault(record); fault != RecordFault::None) {
+        ReportInvalidRecord(index, fault);
+        return feature;
+    }
+    ReportMissingBlocks(index, !hasZ || record.HasZ(), !hasMeasures || record.HasMeasures());
+    BSharedPtr<BGeometry> geometry =
+        record.PartCount() == 1 ? MakeSinglePolygon(record) : MakeFromRings(index, record, hasZ);
+    AddPartMetadata(record, feature->GetMetadata());
+    geometry->is3d = hasZ;
+    feature->SetGeometry(std::move(geometry));
+    return feature;
+}
+
+} // namespace Ambrel

@@ -1,0 +1,58 @@
+// Polyline records.
+
+#include "ShpReader/shp/BShpFile.h"
+
+#include "Ambrel/BAggregate.h"
+#include "ShpReader/shp/RecordFaults.h"
+#include "ShpReader/shp/Vertices.h"
+
+namespace Ambrel {
+
+namespace {
+
+template <class Geometry>
+BSharedPtr<Geometry> MakePolyline(BPoints&& points) {
+    auto* const polyline = new BPolyline;
+    BSharedPtr<Geometry> geometry(polyline);
+    polyline->SetPoints(std::move(points));
+    return geometry;
+}
+
+/// One member for each part, empty parts included. Vertices are taken from index 0 on, whatever the
+/// first part's start says: starts only tell how many each part has.
+BSharedPtr<BGeometry> ReadPolylineParts(VertexRecord const& record, bool is3d) {
+    auto* const members = new BAggregateLinear;
+    BSharedPtr<BGeometry> geometry(members);
+    members->Reserve(record.PartCount());
+    std::size_t next = 0;
+    for (std::size_t part = 0; part < record.PartCount(); ++part) {
+        std::size_t const size = record.PartSize(part);
+        BSharedPtr<BLinearGeo> member = MakePolyline<BLinearGeo>(ReadVertices(record, next, size));
+        member->is3d = is3d;
+        members->Add(std::move(member));
+        next += size;
+    }
+    return geometry;
+}
+
+} // namespace
+
+BSharedPtr<BFeature> BShpFile::ReadPolyline(std::uint32_t index, RecordContent content) const {
+    BSharedPtr<BFeature> feature = MakeFeature();
+    VertexRecord const record = VertexRecord::OfParts(content, hasZ, hasMeasures);
+    if (RecordFault const fault = FindFault(record); fault != RecordFault::None) {
+        ReportInvalidRecord(index, fault);
+        return feature;
+    }
+    ReportMissingBlocks(index, !hasZ || record.HasZ(), !hasMeasures || record.HasMeasures());
+    BSharedPtr<BGeometry> geometry =
+        record.PartCount() == 1
+            ? MakePolyline<BGeometry>(ReadVertices(record, 0, record.PointCount()))
+            : ReadPolylineParts(record, hasZ);
+    AddPartMetadata(record, feature->GetMetadata());
+    geometry->is3d = hasZ;
+    feature->SetGeometry(std::move(geometry));
+    return feature;
+}
+
+} // namespace Ambrel

@@ -1,0 +1,170 @@
+// The write side: null-shape records with their index entries, and the headers around them.
+
+#include "ShpReader/shp/BShpFile.h"
+
+#include "Ambrel/BException.h"
+#include "Ambrel/BFileUtilities.h"
+#include "Ambrel/BLogger.h"
+
+#include <array>
+
+namespace Ambrel {
+
+namespace {
+
+constexpr std::uint32_t bytesPerWord = 2;
+/// A null shape consists of its shape type alone.
+constexpr std::uint32_t nullShapeLength = shapeTypeSize / bytesPerWord;
+constexpr char const* headerOperation = "BShpFile::WriteHeader";
+
+/// The file that names the character set of the table's text.
+constexpr char const* codePageExtension = ".cpg";
+constexpr char const* codePageName = "UTF-8";
+
+} // namespace
+
+void BShpFile::Write() {
+    RequireMode(writeMode, "BShpFile::Write");
+}
+
+void BShpFile::WriteFeature(BSharedPtr<BFeature> const& feature) {
+    WriteNullShape();
+    if (dbfFile) {
+        dbfFile->WriteAttributeRecord(feature->attributes);
+    }
+}
+
+void BShpFile::WriteNullShape() {
+    RequireMode(writeMode, "BShpFile::WriteNullShape");
+    BLogger::Instance()->WriteLine(LOG_DETAIL, "SHP-WRITER: Writing NULL shape.");
+    std::uint32_t const offset = static_cast<std::uint32_t>(mainFile->pos()) / bytesPerWord;
+    ++recordCount;
+
+    // The shape type of a null shape is 0.
+    std::array<std::uint8_t, ShpRecordHeader::size + shapeTypeSize> record{};
+    ShpRecordHeader{recordCount, nullShapeLength}.Encode(record.data());
+    WriteBytes(*mainFile, record.data(), record.size());
+
+    std::array<std::uint8_t, ShpIndexEntry::size> entry{};
+    ShpIndexEntry{static_cast<std::int32_t>(offset), nullShapeLength}.Encode(entry.data());
+    WriteBytes(*indexFile, entry.data(), entry.size());
+
+    extent.Union(BBox()); // A null shape has no box.
+}
+
+void BShpFile::PrepareTable(BAttributeDefs const& schema) {
+    RequireMode(writeMode, "BShpFile::PrepareTable");
+    dbfFile->PrepareForWriting(schema);
+}
+
+ShpFileHeader BShpFile::MakeHeader() const {
+    ShpFileHeader header;
+    header.shapeType = static_cast<std::int32_t>(shapeType);
+    if (hasZ) {
+        header.zMin = zMin;
+        header.zMax = zMax;
+    }
+    header.mMin = mMin;
+    header.mMax = mMax;
+    return header;
+}
+
+std::int32_t BShpFile::WriteHeader(QFile& handle) {
+    RequireMode(writeMode, headerOperation);
+    std::array<std::uint8_t, ShpFileHeader::size> bytes{};
+    MakeHeader().Encode(bytes.data());
+    WriteBytes(handle, bytes.data(), bytes.size());
+    return static_cast<std::int32_t>(bytes.size());
+}
+
+void BShpFile::FinishHeader(QFile& handle) {
+    RequireMode(writeMode, headerOperation);
+    ShpFileHeader header = MakeHeader();
+    handle.flush();
+    header.fileLength = static_cast<std::uint32_t>(handle.size()) / bytesPerWord;
+    header.xMin = extent.xMin;
+    header.yMin = extent.yMin;
+    header.xMax = extent.xMax;
+    header.yMax = extent.yMax;
+    if (hasZ) {
+        header.zMin = extent.zMin;
+        header.zMax = extent.zMax;
+    }
+    std::array<std::uint8_t, ShpFileHeader::size> bytes{};
+    header.Encode(bytes.data());
+    handle.seek(0);
+    WriteBytes(handle, bytes.data(), bytes.size());
+    if (!handle.flush()) {
+        ReportFailedWrite(handle);
+    }
+}
+
+void BShpFile::WriteBytes(QFile& handle, std::uint8_t const* bytes, std::size_t count) {
+    auto const size = static_cast<qint64>(count);
+    if (handle.write(reinterpret_cast<char const*>(bytes), size) != size) {
+        ReportFailedWrite(handle);
+    }
+}
+
+/// Once for each shapefile: a full disk would give a line for every record.
+void BShpFile::ReportFailedWrite(QFile const& handle) {
+    if (!hasFailedWrite) {
+        hasFailedWrite = true;
+        BLogger::Instance()->WriteLine(LOG_FATAL, "SHP-WRITER: Writing to %s failed.",
+                                       BString::FromQString(handle.fileName()).Ascii());
+    }
+}
+
+void BShpFile::FinishWriting() noexcept {
+    try {
+        FinishFiles();
+    } catch (std::exception const& failure) {
+        BLogger::Instance()->WriteLine(LOG_FATAL, "SHP-WRITER: Finishing %s failed: %s",
+                                       fileName.Ascii(), failure.what());
+    }
+}
+
+void BShpFile::FinishFiles() {
+    for (std::unique_ptr<QFile> const* const file : {&mainFile, &indexFile}) {
+        if (*file && (*file)->isOpen()) {
+            FinishHeader(**file);
+            (*file)->close();
+        }
+    }
+    if (dbfFile) {
+        dbfFile->Close();
+    }
+    if (recordCount > 0) {
+        WriteCompanions();
+    } else {
+        RemoveOutputs();
+    }
+}
+
+void BShpFile::WriteCompanions() {
+    if (coordSys && !coordSys->ToFile(prjFileName)) {
+        BLogger::Instance()->WriteLine(LOG_FATAL, "SHP-WRITER: Writing to %s failed.",
+                                       prjFileName.Ascii());
+    }
+    QFile codePage(MakeQString(BFileUtilities::ChangeExtension(fileName, codePageExtension)));
+    if (!codePage.open(QIODevice::WriteOnly) || codePage.write(codePageName) < 0) {
+        ReportFailedWrite(codePage);
+    }
+}
+
+/// Removes what opening has emptied. A file that could not be opened is not ours to remove.
+void BShpFile::RemoveOutputs() {
+    if (isMainWritten) {
+        BFileUtilities::Delete(fileName);
+    }
+    if (isIndexWritten) {
+        BFileUtilities::Delete(indexFileName);
+    }
+    if (isTableWritten) {
+        BFileUtilities::Delete(dbfFileName);
+        BFileUtilities::Delete(prjFileName);
+        BFileUtilities::Delete(BFileUtilities::ChangeExtension(fileName, codePageExtension));
+    }
+}
+
+} // namespace Ambrel
