@@ -78,7 +78,6 @@ BBox BoxOfPart(BGeometry const& part, bool in3d) {
     }
 }
 
-BTransform::~BTransform() = default;
 BGeometry::~BGeometry() = default;
 BPointGeo::~BPointGeo() = default;
 BLinearGeo::~BLinearGeo() = default;
