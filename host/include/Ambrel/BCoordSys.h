@@ -29,8 +29,9 @@ public:
 
     BString const& GetName() const noexcept { return name; }
     /// The EPSG code, where the system is one of that register: stated in the text, or the only one
-    /// that PROJ holds for the same.
-    std::optional<int> GetEpsgCode() const noexcept { return epsgCode; }
+    /// that PROJ holds for the same. It is looked for at the first call, which may take a tenth of a
+    /// second.
+    std::optional<int> GetEpsgCode() const;
 
     /// The transformation to WGS 84, longitude first, in degrees. It may outlive this object.
     /// Throws BException when there is none.
@@ -42,7 +43,6 @@ private:
 
     std::unique_ptr<Definition> definition;
     BString name;
-    std::optional<int> epsgCode;
 };
 
 /// The host's store of coordinate systems. Readers are given one and may share systems through it.

@@ -13,9 +13,9 @@ class FeatureStore;
 /// collection.
 ///
 /// GetAt gives a copy: a change reaches the collection through SetAt. Pages that were used last are
-/// kept in memory, so walking through the features in order reads each page once. Does everything
-/// that features in memory do; Remove and Release cost a walk through the pages behind, Sort reads
-/// the sorting keys of all features into memory.
+/// kept in memory, so walking through the features in order reads each page once. A page of large
+/// features holds fewer. Does everything that features in memory do; Sort reads the sorting keys of
+/// all features into memory.
 ///
 /// A store that can not be written or read gives a BResourceException that names its file.
 class AMBREL_API BDiskCacheFeatureCollection final : public BFeatureCollection {

@@ -105,6 +105,8 @@ public:
     bool operator==(BVariant const& other) const;
 
 private:
+    friend class VariantStream; // turns values into bytes and back
+
     enum class Storage : std::uint8_t { Nothing, Integer, Real, Text, Integers, Doubles, Strings };
 
     template <class T>

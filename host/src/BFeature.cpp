@@ -1,0 +1,49 @@
+#include "Ambrel/BFeature.h"
+
+namespace Ambrel {
+
+BFeature::~BFeature() = default;
+
+void BFeature::SetGeometry(BSharedPtr<BGeometry> const& newGeometry) {
+    geometry = newGeometry;
+}
+
+BSharedPtr<BGeometry> const& BFeature::GetGeometry() const {
+    return geometry;
+}
+
+BSharedPtr<BFeature> BFeature::Clone() const {
+    BSharedPtr<BFeature> copy(new BFeature(*this));
+    if (geometry) {
+        copy->SetGeometry(geometry->Clone());
+    }
+    return copy;
+}
+
+BRect BFeature::ComputeMBR() const {
+    return geometry ? BRect(geometry->ComputeMBB()) : BRect();
+}
+
+BFeatures::~BFeatures() = default;
+
+void BFeatures::Add(BSharedPtr<BFeature> const& feature) {
+    features.push_back(feature);
+}
+
+std::uint64_t BFeatures::GetCount() const {
+    return features.size();
+}
+
+BSharedPtr<BFeature> const& BFeatures::GetAt(std::uint64_t index) const {
+    return features[index];
+}
+
+void BFeatures::Clear() {
+    features.clear();
+}
+
+void BFeatures::Reserve(std::uint64_t count) {
+    features.reserve(count);
+}
+
+} // namespace Ambrel

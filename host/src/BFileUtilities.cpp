@@ -1,0 +1,152 @@
+#include "Ambrel/BFileUtilities.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QRegularExpression>
+
+#include <algorithm>
+
+namespace Ambrel {
+
+namespace {
+
+/// Where the last part of the path starts.
+int NameStart(QString const& path) {
+    return QDir::fromNativeSeparators(path).lastIndexOf(QLatin1Char('/')) + 1;
+}
+
+/// Where the extension starts, with its dot; the end of the path when there is none.
+int ExtensionStart(QString const& path) {
+    int const dot = path.lastIndexOf(QLatin1Char('.'));
+    return dot < NameStart(path) ? path.size() : dot;
+}
+
+bool IsFile(QString const& path) {
+    return QFileInfo(path).isFile();
+}
+
+/// The letters in the case of those of `model` at the same place, or of its last letter.
+QString InCaseOf(QString const& model, QString text) {
+    bool upper = false;
+    for (int i = 0; i < text.size(); ++i) {
+        if (i < model.size() && model[i].isLetter()) {
+            upper = model[i].isUpper();
+        }
+        if (i < model.size() || upper) {
+            text[i] = upper ? text[i].toUpper() : text[i].toLower();
+        }
+    }
+    return text;
+}
+
+/// The path with this extension or, where there is no such file but one whose extension differs in
+/// its letter case alone, the path of that one; of several, the first by name.
+QString WithExistingExtension(QString const& stem, QString const& extension) {
+    if (IsFile(stem + extension)) {
+        return stem + extension;
+    }
+    // Extensions have three letters; asking for each spelling is cheaper than listing the folder.
+    constexpr int mostLetters = 6;
+    int const letters = std::min(extension.size() - 1, mostLetters);
+    for (int spelling = 0; spelling < (1 << std::max(letters, 0)); ++spelling) {
+        QString candidate = extension.toUpper();
+        for (int i = 0; i < letters; ++i) {
+            if (spelling & (1 << (letters - 1 - i))) {
+                candidate[1 + i] = candidate[1 + i].toLower();
+            }
+        }
+        if (IsFile(stem + candidate)) {
+            return stem + candidate;
+        }
+    }
+    return stem + extension;
+}
+
+bool HasWildcard(QString const& name) {
+    return name.contains(QLatin1Char('*')) || name.contains(QLatin1Char('?'));
+}
+
+/// Matches whole names; `*` stands for any text and `?` for one character, all else for itself.
+QRegularExpression WildcardPattern(QString const& wildcard) {
+    QString pattern = QRegularExpression::escape(wildcard);
+    pattern.replace(QStringLiteral("\\*"), QStringLiteral(".*"));
+    pattern.replace(QStringLiteral("\\?"), QStringLiteral("."));
+    return QRegularExpression(QRegularExpression::anchoredPattern(pattern),
+                              QRegularExpression::CaseInsensitiveOption |
+                                  QRegularExpression::DotMatchesEverythingOption);
+}
+
+/// The regular files of the folder that match, sorted by name.
+std::vector<BString> FilesIn(QString const& folder, QString const& wildcard,
+                             QString const& extension) {
+    QRegularExpression const pattern = WildcardPattern(wildcard);
+    std::vector<BString> paths;
+    for (QFileInfo const& file : QDir(folder).entryInfoList(QDir::Files, QDir::Name)) {
+        if (file.isFile() && file.fileName().endsWith(extension, Qt::CaseInsensitive) &&
+            pattern.match(file.fileName()).hasMatch()) {
+            paths.push_back(BString::FromQString(QDir::cleanPath(file.absoluteFilePath())));
+        }
+    }
+    return paths;
+}
+
+/// The file itself, or the one with the extension added where the name stands for that.
+QString SingleFile(QString const& path, QString const& extension) {
+    if (IsFile(path)) {
+        return path;
+    }
+    QString const extended = WithExistingExtension(path, extension);
+    bool const hasExtension = ExtensionStart(path) < path.size();
+    return !hasExtension || IsFile(extended) ? extended : path;
+}
+
+} // namespace
+
+BString BFileUtilities::CompletePath(BString const& path) {
+    if (path.IsEmpty()) {
+        return path;
+    }
+    return BString::FromQString(QDir::cleanPath(QFileInfo(MakeQString(path)).absoluteFilePath()));
+}
+
+BString BFileUtilities::ChangeExtension(BString const& path, BString const& extension) {
+    QString const whole = MakeQString(path);
+    int const start = ExtensionStart(whole);
+    QString const replacement = InCaseOf(whole.mid(start), MakeQString(extension));
+    return BString::FromQString(WithExistingExtension(whole.left(start), replacement));
+}
+
+BString BFileUtilities::GetBasename(BString const& path) {
+    QString const whole = MakeQString(path);
+    int const start = NameStart(whole);
+    return BString::FromQString(whole.mid(start, ExtensionStart(whole) - start));
+}
+
+bool BFileUtilities::Exists(BString const& path) {
+    return IsFile(MakeQString(path));
+}
+
+std::uint32_t BFileUtilities::GetSize(BString const& path) {
+    QFileInfo const file(MakeQString(path));
+    return file.isFile() ? static_cast<std::uint32_t>(file.size()) : 0;
+}
+
+bool BFileUtilities::Delete(BString const& path) {
+    return QFile::remove(MakeQString(path));
+}
+
+std::vector<BString> BFileUtilities::ListFiles(BString const& name, BString const& extension) {
+    QString const path = MakeQString(CompletePath(name));
+    QString const wanted = MakeQString(extension);
+    if (QFileInfo(path).isDir()) {
+        return FilesIn(path, QStringLiteral("*"), wanted);
+    }
+    int const start = NameStart(path);
+    if (HasWildcard(path.mid(start)) && !IsFile(path)) {
+        return FilesIn(path.left(start), path.mid(start), wanted);
+    }
+    return {BString::FromQString(SingleFile(path, wanted))};
+}
+
+} // namespace Ambrel
