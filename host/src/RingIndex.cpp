@@ -1,10 +1,13 @@
 #include "RingIndex.h"
 
+#include "EdgeTree.h"
 #include "ExactSum.h"
+#include "Ray.h"
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
+#include <memory>
+#include <new>
 
 namespace Ambrel {
 
@@ -15,79 +18,11 @@ constexpr unsigned fanOutShift = 3;
 constexpr std::uint64_t edgesPerRun = std::uint64_t{1} << edgesPerRunShift;
 constexpr std::uint64_t fanOut = std::uint64_t{1} << fanOutShift;
 
-/// On which side of the line from `a` to `b` `point` lies: 1 left, -1 right, 0 exactly on it.
-int ExactSideOf(BPoint const& a, BPoint const& b, BPoint const& point) noexcept {
-    ExactSum sum;
-    sum.Add(a.X, b.Y);
-    sum.Subtract(a.X, point.Y);
-    sum.Subtract(point.X, b.Y);
-    sum.Subtract(a.Y, b.X);
-    sum.Add(a.Y, point.X);
-    sum.Add(point.Y, b.X);
-    return sum.Sign();
-}
-
-/// As ExactSideOf: rounded arithmetic where its error can not change the sign.
-int SideOf(BPoint const& a, BPoint const& b, BPoint const& point) noexcept {
-    // Two differences, a product each and their difference: no more than (3 + 16u)u of the
-    // products' magnitudes, with u = 2^-53. Where products underflow, the error is far below
-    // `underflow`; where they overflow, the comparison fails.
-    constexpr double unit = std::numeric_limits<double>::epsilon() / 2;
-    constexpr double relativeError = (3 + 16 * unit) * unit;
-    constexpr double underflow = 1e-290;
-    double const left = (a.X - point.X) * (b.Y - point.Y);
-    double const right = (a.Y - point.Y) * (b.X - point.X);
-    double const difference = left - right;
-    double const bound = relativeError * (std::abs(left) + std::abs(right)) + underflow;
-    if (std::abs(difference) > bound) {
-        return difference > 0 ? 1 : -1;
-    }
-    return ExactSideOf(a, b, point);
-}
-
-/// The ray from a point to the right, and how often it crosses the edges of a ring.
-class Ray final {
-public:
-    explicit Ray(BPoint const& newOrigin) noexcept : origin(newOrigin) {}
-
-    /// Counts the edge's crossing. An edge owns its lower end, so that a vertex counts once.
-    void Cross(BPoint const& a, BPoint const& b) noexcept {
-        if ((origin.Y > a.Y && origin.Y > b.Y) || (origin.Y < a.Y && origin.Y < b.Y) ||
-            (origin.X > a.X && origin.X > b.X)) {
-            return;
-        }
-        if (origin.X < a.X && origin.X < b.X) {
-            CrossToTheRight(a, b);
-            return;
-        }
-        CrossNear(a, b);
-    }
-
-    /// Counts the crossings of a chain of edges from `a` to `b` that lies wholly to the right.
-    void CrossToTheRight(BPoint const& a, BPoint const& b) noexcept {
-        odd ^= IsAbove(a) != IsAbove(b);
-    }
-
-    bool MeetsRing() const noexcept { return meetsRing; }
-    bool IsOnOrInside() const noexcept { return meetsRing || odd; }
-
-private:
-    bool IsAbove(BPoint const& vertex) const noexcept { return vertex.Y > origin.Y; }
-
-    /// An edge whose bounding box holds the origin.
-    void CrossNear(BPoint const& a, BPoint const& b) noexcept {
-        int const side = SideOf(a, b, origin);
-        if (side == 0) {
-            meetsRing = true;
-        } else if (IsAbove(a) != IsAbove(b)) {
-            odd ^= IsAbove(b) == (side > 0);
-        }
-    }
-
-    BPoint const origin;
-    bool odd = false;
-    bool meetsRing = false;
-};
+/// A query that looks at no more edges than so is a good one.
+constexpr std::uint64_t goodQuery = 256;
+/// So often must queries that are not good have walked the whole ring, in sum, before the tree of
+/// its edges is made; by then they have cost about as much as making it does.
+constexpr std::uint64_t walksBeforeTree = 64;
 
 bool IsFinite(BPoint const& point) noexcept {
     return std::isfinite(point.X) && std::isfinite(point.Y);
@@ -102,6 +37,65 @@ std::uint64_t RunsFor(std::uint64_t count, unsigned shift) noexcept {
 }
 
 } // namespace
+
+namespace {
+
+/// The rounding error of `a - b`, exactly.
+double ErrorOfDifference(double a, double b) noexcept {
+    double const difference = a - b;
+    double const bPart = a - difference;
+    double const aPart = difference + bPart;
+    return (a - aPart) + (bPart - b);
+}
+
+/// Whether the error of the product of two factors is a number of its own: nothing underflows or
+/// overflows.
+bool IsSplittable(double product) noexcept {
+    return std::abs(product) > 1e-250 && std::abs(product) < 1e300;
+}
+
+int SignOf(double value) noexcept {
+    return value > 0 ? 1 : value < 0 ? -1 : 0;
+}
+
+int SideInFull(BPoint const& a, BPoint const& b, BPoint const& point) noexcept {
+    ExactSum sum;
+    sum.Add(a.X, b.Y);
+    sum.Subtract(a.X, point.Y);
+    sum.Subtract(point.X, b.Y);
+    sum.Subtract(a.Y, b.X);
+    sum.Add(a.Y, point.X);
+    sum.Add(point.Y, b.X);
+    return sum.Sign();
+}
+
+} // namespace
+
+int ExactSideOf(BPoint const& a, BPoint const& b, BPoint const& point) noexcept {
+    double const ax = a.X - point.X;
+    double const ay = a.Y - point.Y;
+    double const bx = b.X - point.X;
+    double const by = b.Y - point.Y;
+    // Zeros are common: edges along an axis, and points that are vertices.
+    bool const noLeft = ax == 0 || by == 0;
+    bool const noRight = ay == 0 || bx == 0;
+    if (noLeft && noRight) {
+        return 0;
+    }
+    double const left = ax * by;
+    double const right = ay * bx;
+    // Points on an edge of a coarse grid: where all differences are exact, two products are left.
+    bool const exactDifferences =
+        ErrorOfDifference(a.X, point.X) == 0 && ErrorOfDifference(a.Y, point.Y) == 0 &&
+        ErrorOfDifference(b.X, point.X) == 0 && ErrorOfDifference(b.Y, point.Y) == 0;
+    if (!exactDifferences || !IsSplittable(left) || !IsSplittable(right)) {
+        return SideInFull(a, b, point);
+    }
+    if (left != right) {
+        return SignOf(left - right);
+    }
+    return SignOf(std::fma(ax, by, -left) - std::fma(ay, bx, -right));
+}
 
 bool IsFiniteRing(BPoints const& ring) noexcept {
     return std::all_of(ring.begin(), ring.end(), IsFinite);
@@ -148,6 +142,10 @@ RingIndex::RingIndex(BPoints const& ring) : finite(IsFiniteRing(ring)) {
     }
 }
 
+RingIndex::~RingIndex() {
+    delete edgeTree.load(std::memory_order_acquire);
+}
+
 RingIndex::Box RingIndex::BoxOfRun(BPoints const& ring, std::uint64_t firstEdge) noexcept {
     std::uint64_t const end = std::min(firstEdge + edgesPerRun, ring.GetCount());
     BPoint const& last = EndOfEdge(ring, end - 1);
@@ -185,6 +183,7 @@ public:
         CrossRun(index.levels.size() - 1, 0);
         return ray.IsOnOrInside();
     }
+    std::uint64_t EdgesSeen() const noexcept { return edgesSeen; }
 
 private:
     void CrossRun(std::size_t levelNumber, std::uint64_t run) noexcept {
@@ -214,6 +213,7 @@ private:
 
     void CrossEdges(std::uint64_t firstEdge) noexcept {
         std::uint64_t const end = std::min(firstEdge + edgesPerRun, ring.GetCount());
+        edgesSeen += end - firstEdge;
         for (std::uint64_t edge = firstEdge; edge < end; ++edge) {
             ray.Cross(ring.GetAt(edge), EndOfEdge(ring, edge));
         }
@@ -223,10 +223,42 @@ private:
     BPoints const& ring;
     BPoint const& point;
     Ray ray;
+    std::uint64_t edgesSeen = 0;
 };
 
 bool RingIndex::IsOnOrInside(BPoints const& ring, BPoint const& point) const noexcept {
-    return finite && IsFinite(point) && Query(*this, ring, point).Run();
+    if (!finite || !IsFinite(point)) {
+        return false;
+    }
+    if (EdgeTree const* const tree = edgeTree.load(std::memory_order_acquire)) {
+        Ray ray(point);
+        tree->Cross(ray);
+        return ray.IsOnOrInside();
+    }
+    Query query(*this, ring, point);
+    bool const result = query.Run();
+    if (query.EdgesSeen() > goodQuery) {
+        NoteBadQuery(ring, query.EdgesSeen());
+    }
+    return result;
+}
+
+void RingIndex::NoteBadQuery(BPoints const& ring, std::uint64_t edgesSeen) const noexcept {
+    std::uint64_t const sum = edgesSeenInVain.fetch_add(edgesSeen, std::memory_order_relaxed);
+    if ((sum + edgesSeen) / ring.GetCount() < walksBeforeTree) {
+        return;
+    }
+    // Other threads carry on meanwhile, and wait as long again before they try themselves.
+    edgesSeenInVain.store(0, std::memory_order_relaxed);
+    try {
+        auto made = std::make_unique<EdgeTree const>(ring);
+        EdgeTree const* expected = nullptr;
+        if (edgeTree.compare_exchange_strong(expected, made.get(), std::memory_order_acq_rel)) {
+            made.release();
+        }
+    } catch (std::bad_alloc const&) {
+        // The answers are the same without it.
+    }
 }
 
 } // namespace Ambrel

@@ -2,10 +2,13 @@
 
 #include "Ambrel/BPoint.h"
 
+#include <atomic>
 #include <cstdint>
 #include <vector>
 
 namespace Ambrel {
+
+class EdgeTree;
 
 /// Whether every vertex of the ring is finite. Any other ring has no inside.
 bool IsFiniteRing(BPoints const& ring) noexcept;
@@ -21,9 +24,9 @@ bool IsOnOrInside(BPoints const& ring, BPoint const& point) noexcept;
 /// odd number of times exactly when its first and last vertex stand on different sides of the ray,
 /// so only runs whose boxes hold the point are opened.
 ///
-/// A ring that winds around the point, or passes it diagonally, again and again in edges longer
-/// than the distance to it, has as many runs to open: at worst a query costs as much as
-/// IsOnOrInside.
+/// A ring that winds around the point, or passes it at an angle, again and again in edges longer
+/// than the distance to it, has as many runs to open. When that has cost enough, a tree of the
+/// edges is made that sorts them out.
 class RingIndex final {
 public:
     /// Rings of fewer vertices are walked faster than they are indexed.
@@ -31,6 +34,9 @@ public:
 
     /// REQUIRES: the ring has at least minVertices. May throw std::bad_alloc.
     explicit RingIndex(BPoints const& ring);
+    RingIndex(RingIndex const&) = delete;
+    RingIndex& operator=(RingIndex const&) = delete;
+    ~RingIndex();
 
     /// As IsOnOrInside; false where the ring is not finite.
     /// REQUIRES: `ring` is the one that the index was made of.
@@ -54,9 +60,14 @@ private:
     static Box BoxOfRun(BPoints const& ring, std::uint64_t firstEdge) noexcept;
     Box BoxOfRuns(Level const& lower, std::uint64_t firstRun) const noexcept;
 
+    void NoteBadQuery(BPoints const& ring, std::uint64_t edgesSeen) const noexcept;
+
     std::vector<Box> boxes;
     std::vector<Level> levels; ///< the finest first; the last has one run
     bool finite;
+    mutable std::atomic<std::uint64_t> edgesSeenInVain{0};
+    /// Made and published by the query that finds it due.
+    mutable std::atomic<EdgeTree const*> edgeTree{nullptr};
 };
 
 } // namespace Ambrel
