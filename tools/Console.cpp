@@ -1,0 +1,84 @@
+#include "Console.h"
+
+#include "Interrupt.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+
+#include <unistd.h>
+
+namespace Ambrel::Tool {
+
+namespace {
+
+BString Category() {
+    return BString::FromUtf8("Ambrel Exception");
+}
+
+/// Control characters would break the promise of one line.
+std::string OneLine(std::string text) {
+    std::replace_if(
+        text.begin(), text.end(), [](unsigned char c) { return c < 0x20 || c == 0x7F; }, ' ');
+    return text;
+}
+
+std::string Describe(std::exception const& error) {
+    auto const* const exception = dynamic_cast<BException const*>(&error);
+    if (!exception) {
+        bool const isMemory = dynamic_cast<std::bad_alloc const*>(&error) != nullptr;
+        return std::string(isMemory ? "std::bad_alloc: " : "std::exception: ") + error.what();
+    }
+    std::string text = exception->GetClassName();
+    for (BString const& part : {exception->GetOperation(), exception->GetMessage()}) {
+        if (!part.IsEmpty()) {
+            text += ": " + std::string(part.Utf8());
+        }
+    }
+    return text;
+}
+
+} // namespace
+
+void FileSink::Write(std::string_view text) {
+    while (!text.empty()) {
+        ssize_t const written = ::write(descriptor, text.data(), text.size());
+        if (written >= 0) {
+            text.remove_prefix(static_cast<std::size_t>(written));
+        } else if (errno == EINTR) {
+            ThrowIfInterrupted();
+        } else if (errno == EPIPE) {
+            throw PipeClosedException();
+        } else {
+            throw OutputException(name, errno);
+        }
+    }
+}
+
+UsageException::UsageException(std::string const& message)
+    : BException(Category(), BString(), BString::FromUtf8(message)) {}
+
+OutputException::OutputException(std::string const& file, int reason)
+    : OutputException(file, std::string(std::strerror(reason))) {}
+
+OutputException::OutputException(std::string const& file, std::string const& reason)
+    : BException(Category(), BString::FromUtf8("write"), BString::FromUtf8(file + ": " + reason)) {}
+
+PipeClosedException::PipeClosedException() : BException(Category(), BString(), BString()) {}
+
+InterruptedException::InterruptedException()
+    : BException(Category(), BString(), BString::FromUtf8("stopped")) {}
+
+void PrintError(Console& console, std::exception const& error, std::string_view file) {
+    std::string line = Describe(error);
+    if (!file.empty() && line.find(file) == std::string::npos) {
+        line += " (" + std::string(file) + ")";
+    }
+    console.err.Write("ambrel-shp: " + OneLine(line) + "\n");
+}
+
+void PrintWarning(Console& console, std::string_view text) {
+    console.err.Write("ambrel-shp: warning: " + OneLine(std::string(text)) + "\n");
+}
+
+} // namespace Ambrel::Tool

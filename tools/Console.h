@@ -1,0 +1,89 @@
+#pragma once
+
+#include "Ambrel/BException.h"
+
+#include <string>
+#include <string_view>
+
+namespace Ambrel::Tool {
+
+/// Takes text in pieces. A piece that can not be taken throws an OutputException or a
+/// PipeClosedException.
+class TextSink {
+public:
+    TextSink() noexcept = default;
+    TextSink(TextSink const&) = delete;
+    TextSink& operator=(TextSink const&) = delete;
+    virtual ~TextSink() = default;
+    virtual void Write(std::string_view text) = 0;
+};
+
+/// Keeps the text.
+class StringSink final : public TextSink {
+public:
+    void Write(std::string_view piece) override { text += piece; }
+    std::string const& Text() const noexcept { return text; }
+
+private:
+    std::string text;
+};
+
+/// Writes to an open file, which it does not own and which may be a pipe or a terminal.
+class FileSink final : public TextSink {
+public:
+    /// `newName` is what error messages call the file.
+    FileSink(int newDescriptor, std::string newName)
+        : descriptor(newDescriptor), name(std::move(newName)) {}
+    void Write(std::string_view text) override;
+
+private:
+    int descriptor;
+    std::string name;
+};
+
+/// Where a command reports to, and what its user wants to see there.
+struct Console {
+    TextSink& out;
+    TextSink& err;
+    bool colors = false;       ///< `out` is a terminal that shall show colours
+    bool showProgress = false; ///< `err` is a terminal
+    bool verbose = false;      ///< show the whole log
+};
+
+/// What the caller of the tool got wrong: exit code 2.
+class UsageException final : public BException {
+public:
+    explicit UsageException(std::string const& message);
+    char const* GetClassName() const noexcept override { return "usage"; }
+};
+
+/// A result that could not be written.
+class OutputException final : public BException {
+public:
+    /// `reason` is an errno value.
+    OutputException(std::string const& file, int reason);
+    OutputException(std::string const& file, std::string const& reason);
+    char const* GetClassName() const noexcept override { return "OutputException"; }
+};
+
+/// The reader of our output has gone. It has what it wanted, so nobody is told.
+class PipeClosedException final : public BException {
+public:
+    PipeClosedException();
+    char const* GetClassName() const noexcept override { return "PipeClosedException"; }
+};
+
+/// The user has asked to stop: see Interrupt.h.
+class InterruptedException final : public BException {
+public:
+    InterruptedException();
+    char const* GetClassName() const noexcept override { return "InterruptedException"; }
+};
+
+/// Prints one line about a failure, in which kind, operation and file are named: "ambrel-shp:
+/// KIND: OPERATION: MESSAGE". The file is added where the message does not name it.
+void PrintError(Console& console, std::exception const& error, std::string_view file);
+/// Prints "ambrel-shp: warning: TEXT".
+void PrintWarning(Console& console, std::string_view text);
+
+} // namespace Ambrel::Tool

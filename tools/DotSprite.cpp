@@ -1,0 +1,74 @@
+#include "DotSprite.h"
+
+#include <QPainter>
+
+#include <algorithm>
+#include <cmath>
+
+namespace Ambrel::Tool {
+
+namespace {
+
+/// All four bytes of a pixel times `factor` / 255, rounded.
+std::uint32_t Scale(std::uint32_t pixel, std::uint32_t factor) {
+    auto const twoBytes = [=](std::uint32_t bytes) {
+        std::uint32_t const product = bytes * factor;
+        return (product + ((product >> 8) & 0xFF00FF) + 0x800080) >> 8 & 0xFF00FF;
+    };
+    return twoBytes(pixel & 0xFF00FF) | twoBytes(pixel >> 8 & 0xFF00FF) << 8;
+}
+
+std::uint32_t Over(std::uint32_t top, std::uint32_t bottom) {
+    return top + Scale(bottom, 255 - (top >> 24));
+}
+
+std::vector<std::uint32_t> DrawDot(QColor const& color, double diameter, int side, double x,
+                                   double y) {
+    QImage image(side, side, QImage::Format_ARGB32_Premultiplied);
+    image.fill(Qt::transparent);
+    QPainter painter(&image);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(color);
+    painter.drawEllipse(QPointF(x, y), diameter / 2, diameter / 2);
+    painter.end();
+    auto const* const bits = reinterpret_cast<std::uint32_t const*>(image.constBits());
+    return {bits, bits + static_cast<std::ptrdiff_t>(side) * side};
+}
+
+} // namespace
+
+DotSprite::DotSprite(QColor const& color, double diameter)
+    : side(static_cast<int>(std::ceil(diameter)) + 2) {
+    for (int phase = 0; phase < phases * phases; ++phase) {
+        double const x = side / 2 + (phase % phases + 0.5) / phases;
+        double const y = side / 2 + (phase / phases + 0.5) / phases;
+        pixels[phase] = DrawDot(color, diameter, side, x, y);
+    }
+}
+
+void DotSprite::Blend(QImage& image, double x, double y) const {
+    double const reach = side;
+    if (!(x > -reach && y > -reach && x < image.width() + reach && y < image.height() + reach)) {
+        return;
+    }
+    auto const column = static_cast<int>(std::floor(x));
+    auto const row = static_cast<int>(std::floor(y));
+    auto const phaseX = static_cast<int>((x - column) * phases);
+    auto const phaseY = static_cast<int>((y - row) * phases);
+    std::uint32_t const* const sprite = pixels[phaseY * phases + phaseX].data();
+    int const left = column - side / 2;
+    int const top = row - side / 2;
+    int const firstX = std::max(0, -left);
+    int const endX = std::min(side, image.width() - left);
+    for (int y1 = std::max(0, -top); y1 < std::min(side, image.height() - top); ++y1) {
+        auto* const line = reinterpret_cast<std::uint32_t*>(image.scanLine(top + y1)) + left;
+        for (int x1 = firstX; x1 < endX; ++x1) {
+            if (std::uint32_t const pixel = sprite[y1 * side + x1]) {
+                line[x1] = Over(pixel, line[x1]);
+            }
+        }
+    }
+}
+
+} // namespace Ambrel::Tool

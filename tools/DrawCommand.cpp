@@ -1,0 +1,121 @@
+#include "Commands.h"
+#include "Console.h"
+#include "ForEachFile.h"
+#include "OutputFile.h"
+#include "PainterRenderer.h"
+#include "Picture.h"
+#include "ProgressBar.h"
+
+#include "Ambrel/BException.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace Ambrel::Tool {
+
+namespace {
+
+constexpr double margin = 10.0;             ///< around the map, in pixels
+constexpr std::size_t recordsAtOnce = 4096; ///< between two looks at the user
+
+using Sources = std::vector<std::unique_ptr<Source>>;
+
+/// Areas at the bottom, then lines, then points.
+int HeightOf(Source& source) {
+    switch (source.Layer().GetSingleGeometryClass()) {
+    case GEO_CLASS_AREAS: return 0;
+    case GEO_CLASS_LINES: return 1;
+    default: return 2;
+    }
+}
+
+/// The layers in drawing order: that of the paths, and by class among the files of one path, whose
+/// order by name says nothing.
+Sources OpenLayers(Console& console, std::vector<std::string> const& paths, int& failed) {
+    Sources all;
+    for (std::string const& path : paths) {
+        Sources layers;
+        failed += ForEachFile(console, {path}, [&](BString const& file) {
+            layers.push_back(
+                std::make_unique<Source>(console, file, SourceOptions{.useAttributes = false}));
+        });
+        std::stable_sort(layers.begin(), layers.end(),
+                         [](auto const& a, auto const& b) { return HeightOf(*a) < HeightOf(*b); });
+        std::move(layers.begin(), layers.end(), std::back_inserter(all));
+    }
+    return all;
+}
+
+bool IsUsable(BRect const& rectangle) {
+    return std::isfinite(rectangle.xMin) && std::isfinite(rectangle.xMax) &&
+           std::isfinite(rectangle.yMin) && std::isfinite(rectangle.yMax) &&
+           rectangle.xMin <= rectangle.xMax && rectangle.yMin <= rectangle.yMax;
+}
+
+BRect ExtentOf(Sources const& layers) {
+    BRect extent;
+    for (auto const& layer : layers) {
+        // A file without records states an extent too, and it means nothing.
+        bool const hasRecords = layer->Layer().GetFeatures().GetCount() > 0;
+        if (BRect const rectangle = layer->Extent(); hasRecords && IsUsable(rectangle)) {
+            extent.Union(rectangle);
+        }
+    }
+    if (extent.IsEmpty()) {
+        throw BDataManagerException(BString::FromUtf8("draw"),
+                                    BString::FromUtf8("nothing to draw; see --bbox"));
+    }
+    return extent;
+}
+
+LayerStyle StyleOf(BVectorLayer const& layer, std::vector<StyleRule> const& rules) {
+    LayerStyle style = DefaultStyle(layer.GetSingleGeometryClass());
+    for (StyleRule const& rule : rules) {
+        Apply(rule, layer.name.Utf8(), style);
+    }
+    return style;
+}
+
+void DrawLayer(Console& console, BVectorLayer& layer, PainterRenderer const& renderer,
+               BRect const& area) {
+    std::vector<std::uint64_t> records;
+    layer.GetFeatures().SelectFeatures(area, BParamList(), records);
+    ProgressBar progress(console, std::string(layer.name.Utf8()));
+    for (std::size_t first = 0; first < records.size(); first += recordsAtOnce) {
+        progress.Step(first, records.size());
+        auto const begin = records.begin() + static_cast<std::ptrdiff_t>(first);
+        auto const end =
+            begin + static_cast<std::ptrdiff_t>(std::min(recordsAtOnce, records.size() - first));
+        layer.GetFeatures().RenderFeatures({begin, end}, &renderer);
+    }
+}
+
+} // namespace
+
+int RunDraw(Console& console, DrawOptions const& options) {
+    std::unique_ptr<Picture> const picture =
+        Picture::Make(options.output, options.width, options.height);
+    int failed = 0;
+    Sources const layers = OpenLayers(console, options.paths, failed);
+    if (layers.empty()) {
+        return EXIT_PROBLEM;
+    }
+    MapWindow const window(options.window ? *options.window : ExtentOf(layers), options.width,
+                           options.height, options.window ? 0.0 : margin);
+    OutputFile output(console, options.output);
+    QPainter painter(&picture->Device());
+    for (auto const& source : layers) {
+        BVectorLayer& layer = source->Layer();
+        LayerStyle const style = StyleOf(layer, options.styles);
+        PainterRenderer const renderer(painter, picture->Image(), window, style);
+        failed += !detail::Survives(console, layer.name.Utf8(), [&] {
+            DrawLayer(console, layer, renderer, window.VisibleMap(style.width));
+        });
+    }
+    painter.end();
+    picture->WriteTo(output);
+    output.Commit();
+    return failed > 0 ? EXIT_PROBLEM : EXIT_OK;
+}
+
+} // namespace Ambrel::Tool

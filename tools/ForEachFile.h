@@ -1,0 +1,47 @@
+#pragma once
+
+#include "Console.h"
+#include "Source.h"
+
+namespace Ambrel::Tool {
+
+namespace detail {
+
+/// Runs the action and prints what it throws; what stops the tool as a whole goes through.
+template <class Action>
+bool Survives(Console& console, std::string_view file, Action&& action) {
+    try {
+        action();
+        return true;
+    } catch (PipeClosedException const&) {
+        throw;
+    } catch (InterruptedException const&) {
+        throw;
+    } catch (OutputException const&) {
+        throw;
+    } catch (UsageException const&) {
+        throw;
+    } catch (std::exception const& error) {
+        PrintError(console, error, file);
+        return false;
+    }
+}
+
+} // namespace detail
+
+/// Calls `action(file)` for every file that the paths stand for. Failures are printed, and the
+/// others still get their turn. Returns how many failed.
+template <class Action>
+int ForEachFile(Console& console, std::vector<std::string> const& paths, Action&& action) {
+    int failed = 0;
+    for (std::string const& path : paths) {
+        std::vector<BString> files;
+        failed += !detail::Survives(console, path, [&] { files = FilesOf(path); });
+        for (BString const& file : files) {
+            failed += !detail::Survives(console, file.Utf8(), [&] { action(file); });
+        }
+    }
+    return failed;
+}
+
+} // namespace Ambrel::Tool

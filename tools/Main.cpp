@@ -1,0 +1,36 @@
+#include "Console.h"
+#include "Interrupt.h"
+#include "Tool.h"
+
+#include <QTextCodec>
+
+#include <cstdlib>
+#include <string_view>
+
+#include <unistd.h>
+
+namespace {
+
+bool WantsColors() {
+    char const* const noColor = std::getenv("NO_COLOR");
+    char const* const terminal = std::getenv("TERM");
+    bool const isRefused = noColor && *noColor;
+    bool const isDumb = !terminal || std::string_view(terminal) == "dumb";
+    return !isRefused && !isDumb && isatty(STDOUT_FILENO);
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    using namespace Ambrel::Tool;
+    CatchInterrupts();
+    // File names are UTF-8 here whatever the locale says: under "C", Qt would lose their accents.
+    QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
+    FileSink out(STDOUT_FILENO, "standard output");
+    FileSink err(STDERR_FILENO, "standard error");
+    Console console{.out = out,
+                    .err = err,
+                    .colors = WantsColors(),
+                    .showProgress = isatty(STDERR_FILENO) != 0};
+    return RunTool({argv + (argc > 0 ? 1 : 0), argv + argc}, console);
+}

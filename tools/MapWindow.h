@@ -1,0 +1,35 @@
+#pragma once
+
+#include "Ambrel/BRect.h"
+
+namespace Ambrel::Tool {
+
+/// Places a piece of the map in a picture: proportions kept, centred, Y up in the map and down in
+/// the picture. Window coordinates count in parts of a pixel, so that the integer ones that lines
+/// and areas are drawn with stay fine.
+class MapWindow final {
+public:
+    static constexpr int unitsPerPixel = 16;
+
+    /// `map` fills a picture of `width` x `height` pixels but for a margin in pixels. A side of
+    /// `map` that has no length is centred.
+    MapWindow(BRect const& map, int width, int height, double margin);
+
+    /// Map units to window units. Never beyond `limit` from 0, so the result fits an integer; what
+    /// is not a number lies at the limit.
+    void ToWindow(double& x, double& y) const noexcept;
+    /// The whole piece of the map that the picture shows, its margin included, and `pixels` more on
+    /// every side.
+    BRect VisibleMap(double pixels) const noexcept;
+
+private:
+    static constexpr double limit = 1e9;
+
+    double centerX;
+    double centerY;
+    double halfWidth; ///< of the picture, in window units
+    double halfHeight;
+    double scale; ///< window units in a map unit
+};
+
+} // namespace Ambrel::Tool

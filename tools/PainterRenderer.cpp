@@ -1,0 +1,150 @@
+#include "PainterRenderer.h"
+
+#include <QPainterPath>
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+
+namespace Ambrel::Tool {
+
+namespace {
+
+constexpr double pixel = MapWindow::unitsPerPixel;
+/// Vertices nearer than this to the last one drawn can not be told from it.
+constexpr int tolerance = MapWindow::unitsPerPixel / 4;
+/// Wider lines show their joins.
+constexpr double thinWidth = 2.0; // pixels
+
+QPen PenOf(LayerStyle const& style) {
+    if (!style.color.isValid() || style.width <= 0.0) {
+        return Qt::NoPen;
+    }
+    bool const isThin = style.width <= thinWidth;
+    return QPen(style.color, style.width, Qt::SolidLine, isThin ? Qt::FlatCap : Qt::RoundCap,
+                isThin ? Qt::BevelJoin : Qt::RoundJoin);
+}
+
+/// Calls `draw(first vertex, count)` for every part that lies within the vertices and has any.
+template <class Draw>
+void ForEachPart(int count, int const* partStarts, int partCount, Draw&& draw) {
+    auto const start = [=](int part) {
+        int value = count;
+        if (part < partCount) {
+            std::memcpy(&value, partStarts + part, sizeof value); // as it stands in a record
+        }
+        return value;
+    };
+    for (int part = 0; part < partCount; ++part) {
+        int const first = start(part);
+        int const end = start(part + 1);
+        if (first >= 0 && first < end && end <= count) {
+            draw(first, end - first);
+        }
+    }
+}
+
+} // namespace
+
+PainterRenderer::PainterRenderer(QPainter& newPainter, QImage* newImage, MapWindow const& newWindow,
+                                 LayerStyle const& newStyle)
+    : painter(newPainter), image(newImage), window(newWindow), style(newStyle),
+      dot(newStyle.color, newStyle.width) {
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(PenOf(style));
+    painter.setBrush(style.fill.isValid() ? QBrush(style.fill) : QBrush(Qt::NoBrush));
+}
+
+bool PainterRenderer::ConvertMapToWindow(double& x, double& y) const {
+    window.ToWindow(x, y);
+    return true;
+}
+
+void PainterRenderer::DrawDot(double x, double y) const {
+    if (!style.color.isValid()) {
+        return;
+    }
+    if (image) {
+        dot.Blend(*image, x, y);
+        return;
+    }
+    painter.save();
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(style.color);
+    painter.drawEllipse(QPointF(x, y), style.width / 2, style.width / 2);
+    painter.restore();
+}
+
+bool PainterRenderer::DrawPoint(Gdiplus::PointF const& point) const {
+    DrawDot(point.X / pixel, point.Y / pixel);
+    return true;
+}
+
+bool PainterRenderer::DrawPoints(Gdiplus::PointF const* points, int count) const {
+    std::for_each(points, points + std::max(count, 0),
+                  [this](Gdiplus::PointF const& point) { DrawPoint(point); });
+    return count > 0;
+}
+
+/// Draws what is smaller than a pixel as a dot. False when it is larger.
+bool PainterRenderer::DrawIfTiny(Gdiplus::Point const* points, int count) const {
+    auto const isNear = [=](Gdiplus::Point const& point) {
+        return std::abs(point.X - points->X) < MapWindow::unitsPerPixel &&
+               std::abs(point.Y - points->Y) < MapWindow::unitsPerPixel;
+    };
+    if (!std::all_of(points, points + count, isNear)) {
+        return false;
+    }
+    DrawDot(points->X / pixel, points->Y / pixel);
+    return true;
+}
+
+/// The vertices in pixels, without those that can not be told from their neighbours.
+QPolygonF const& PainterRenderer::Simplify(Gdiplus::Point const* points, int count) const {
+    vertices.resize(0);
+    Gdiplus::Point kept = points[0];
+    vertices.append(QPointF(kept.X / pixel, kept.Y / pixel));
+    for (int i = 1; i < count; ++i) {
+        Gdiplus::Point const& point = points[i];
+        bool const isFar =
+            std::abs(point.X - kept.X) >= tolerance || std::abs(point.Y - kept.Y) >= tolerance;
+        if (isFar || i + 1 == count) {
+            vertices.append(QPointF(point.X / pixel, point.Y / pixel));
+            kept = point;
+        }
+    }
+    return vertices;
+}
+
+bool PainterRenderer::DrawPolyline(Gdiplus::Point const* points, int count, int const* partStarts,
+                                   int partCount) const {
+    ForEachPart(count, partStarts, partCount, [&](int first, int size) {
+        if (!DrawIfTiny(points + first, size)) {
+            painter.drawPolyline(Simplify(points + first, size));
+        }
+    });
+    return partCount > 0;
+}
+
+bool PainterRenderer::DrawPolygon(Gdiplus::Point const* points, int count, int const* partStarts,
+                                  int partCount) const {
+    if (count > 0 && DrawIfTiny(points, count)) {
+        return true;
+    }
+    if (partCount == 1) {
+        ForEachPart(count, partStarts, partCount, [&](int first, int size) {
+            painter.drawPolygon(Simplify(points + first, size), Qt::OddEvenFill);
+        });
+        return true;
+    }
+    QPainterPath path;
+    path.setFillRule(Qt::OddEvenFill);
+    ForEachPart(count, partStarts, partCount, [&](int first, int size) {
+        path.addPolygon(Simplify(points + first, size));
+        path.closeSubpath();
+    });
+    painter.drawPath(path);
+    return partCount > 0;
+}
+
+} // namespace Ambrel::Tool

@@ -1,0 +1,32 @@
+#include "Commands.h"
+#include "Console.h"
+#include "ForEachFile.h"
+#include "OutputFile.h"
+#include "TextFormat.h"
+
+namespace Ambrel::Tool {
+
+int RunSelect(Console& console, SelectOptions const& options) {
+    BString const file = TheFileOf(options.path);
+    int const failed = ForEachFile(console, {std::string(file.Utf8())}, [&](BString const&) {
+        Source source(console, file, {.useAttributes = false});
+        std::vector<std::uint64_t> records;
+        source.Layer().GetFeatures().SelectFeatures(options.window, BParamList(), records);
+        OutputFile output(console, "-");
+        char const* separator = options.json ? "[" : "";
+        for (std::uint64_t const record : records) {
+            output.Buffer() += separator;
+            AppendNumber(output.Buffer(), record);
+            output.Buffer() += options.json ? "" : "\n";
+            output.FlushIfFull();
+            separator = options.json ? ",\n" : "";
+        }
+        if (options.json) {
+            output.Buffer() += records.empty() ? "[]\n" : "]\n";
+        }
+        output.Commit();
+    });
+    return failed > 0 ? EXIT_PROBLEM : EXIT_OK;
+}
+
+} // namespace Ambrel::Tool

@@ -1,0 +1,69 @@
+#include "Source.h"
+
+#include "Console.h"
+#include "PlugIn.h"
+
+#include "Ambrel/BException.h"
+#include "Ambrel/BFileUtilities.h"
+#include "Ambrel/BLogger.h"
+#include "Ambrel/Constants.h"
+
+namespace Ambrel::Tool {
+
+namespace {
+
+BParamList OptionsOfReader(HoldMode mode) {
+    BParamList options;
+    options.Add(OPTION_DIRECT_ACCESS, mode == HoldMode::Direct);
+    options.Add(OPTION_DISK_CACHE, mode == HoldMode::Cache);
+    return options;
+}
+
+BParamList OptionsOfOpen(SourceOptions const& options) {
+    BParamList params;
+    params.Add(BString::FromUtf8("USE_ATTRIBUTES"), options.useAttributes);
+    if (!options.attributeZ.empty()) {
+        params.SetValue(BString::FromUtf8("USE_ATTRIBUTE_Z"),
+                        BString::FromUtf8(options.attributeZ));
+    }
+    return params;
+}
+
+} // namespace
+
+void Source::Destroy::operator()(BDataReader* reader) const {
+    ShapefilePlugIn().DestroyObject(reader);
+}
+
+Source::Source(Console& console, BString const& path, SourceOptions const& options)
+    : encoding(console, path, options.encoding),
+      reader(ShapefilePlugIn().CreateReader(BString(), OptionsOfReader(options.mode), nullptr,
+                                            BLogger::Instance())) {
+    reader->Open(path, OptionsOfOpen(options));
+    layer = reader->GetLayers().GetAt(0);
+}
+
+BRect Source::Extent() {
+    return BDataManager::ExtentsOf(reader->QueryInfo(QUERY_DATA_EXTENTS));
+}
+
+std::vector<BString> FilesOf(std::string const& path) {
+    std::vector<BString> files =
+        BFileUtilities::ListFiles(BString::FromUtf8(path), BString::FromUtf8(".shp"));
+    if (files.empty()) {
+        throw BFileNotFoundException(BString::FromUtf8("BFileUtilities::ListFiles"),
+                                     BString::FromUtf8("no shapefile in " + path));
+    }
+    return files;
+}
+
+BString TheFileOf(std::string const& path) {
+    std::vector<BString> const files = FilesOf(path);
+    if (files.size() > 1) {
+        throw UsageException(path + " stands for " + std::to_string(files.size()) +
+                             " shapefiles; name one of them");
+    }
+    return files.front();
+}
+
+} // namespace Ambrel::Tool

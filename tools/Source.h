@@ -1,0 +1,56 @@
+#pragma once
+
+#include "Encoding.h"
+
+#include "Ambrel/BDataManager.h"
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace Ambrel::Tool {
+
+/// Where the features of a layer are while the tool works on them.
+enum class HoldMode {
+    Stream, ///< nowhere: each is handed on when the reader has it
+    Memory,
+    Cache,  ///< the disk cache
+    Direct, ///< in the file
+};
+
+struct SourceOptions {
+    HoldMode mode = HoldMode::Direct;
+    bool useAttributes = true;
+    std::string attributeZ{}; ///< the attribute that gives Z; empty for none
+    std::string encoding{};   ///< empty: what the file states
+};
+
+/// One shapefile, opened with a reader of its own so that a bad one does not stop the others.
+/// Only one source at a time can have an encoding.
+class Source final {
+public:
+    /// Throws what the reader's Open throws.
+    Source(Console& console, BString const& path, SourceOptions const& options);
+
+    BVectorLayer& Layer() noexcept { return static_cast<BVectorLayer&>(*layer); }
+    BDataReader& Reader() noexcept { return *reader; }
+    /// The rectangle that the main file's header states.
+    BRect Extent();
+
+private:
+    struct Destroy {
+        void operator()(BDataReader* reader) const;
+    };
+
+    EncodingScope encoding;
+    std::unique_ptr<BDataReader, Destroy> reader;
+    BSharedPtr<BLayer> layer;
+};
+
+/// The shapefiles that a path of the command line stands for: a file, a folder's or a wildcard's.
+/// Throws BFileNotFoundException where the last two have none.
+std::vector<BString> FilesOf(std::string const& path);
+/// The same, for commands that take one. Throws UsageException when there are more.
+BString TheFileOf(std::string const& path);
+
+} // namespace Ambrel::Tool

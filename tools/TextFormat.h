@@ -1,0 +1,24 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace Ambrel::Tool {
+
+/// Appends the shortest decimal text that reads back to the same double. REQUIRES: it is finite.
+void AppendNumber(std::string& text, double value);
+void AppendNumber(std::string& text, std::int64_t value);
+void AppendNumber(std::string& text, std::uint64_t value);
+
+/// Appends the text as a JSON string, quotes included. The text is valid UTF-8.
+void AppendJsonString(std::string& text, std::string_view value);
+
+/// Appends the text as one field of a CSV record (RFC 4180), in quotes where it needs them.
+void AppendCsvField(std::string& text, std::string_view value);
+
+/// Eight digits of a date that the calendar has ("20210315") as "2021-03-15"; any other text as it
+/// is.
+std::string DateText(std::string_view value);
+
+} // namespace Ambrel::Tool
