@@ -59,9 +59,12 @@ void Session::Read() {
     reader->Read();
 }
 
+BVectorLayer& Session::Layer() const {
+    return static_cast<BVectorLayer&>(*reader->GetLayers().GetAt(0));
+}
+
 BFeatureCollection const& Session::Features() const {
-    BSharedPtr<BLayer> const layer = reader->GetLayers().GetAt(0);
-    return static_cast<BVectorLayer&>(*layer).GetFeatures();
+    return Layer().GetFeatures();
 }
 
 BRect Session::Extent() {

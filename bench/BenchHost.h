@@ -25,7 +25,8 @@ public:
 
     void Open(std::string const& path, bool useAttributes);
     void Read();
-    /// The features of the first layer.
+    /// The first layer, and its features.
+    BVectorLayer& Layer() const;
     BFeatureCollection const& Features() const;
     BRect Extent();
 
