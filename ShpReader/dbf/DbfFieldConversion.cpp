@@ -3,6 +3,8 @@
 #include "ShpReader/dbf/BDbfFile.h"
 #include "ShpReader/dbf/DbfNumberText.h"
 
+#include <algorithm>
+
 namespace Ambrel {
 
 namespace {
@@ -11,12 +13,27 @@ std::string_view CutAtNul(std::string_view text) noexcept {
     return text.substr(0, text.find('\0'));
 }
 
-BVariant ConvertDate(std::string_view field) {
+bool IsAscii(std::string_view text) noexcept {
+    return std::all_of(text.begin(), text.end(), [](char c) { return (c & 0x80) == 0; });
+}
+
+BString MakeText(std::string_view text, BString* lastText) {
+    if (!lastText) {
+        return {text.data(), text.size()};
+    }
+    // What other bytes mean depends on the codec, which may have been another one.
+    if (lastText->Utf8() != text || !IsAscii(text)) {
+        *lastText = BString(text.data(), text.size());
+    }
+    return *lastText;
+}
+
+BVariant ConvertDate(std::string_view field, BString* lastText) {
     std::string_view const text = GetTrimmedText(field);
     if (text.empty() || text == dbfNoDate) {
         return {};
     }
-    BVariant value(BString(text.data(), text.size()));
+    BVariant value(MakeText(text, lastText));
     value.SetType(VAR_DATE);
     return value;
 }
@@ -42,18 +59,14 @@ std::string_view GetTrimmedText(std::string_view field) noexcept {
     return CutAtNul(field);
 }
 
-bool IsScalarType(EVariantType type) noexcept {
-    return type == VAR_INTEGER || type == VAR_INTEGER64 || type == VAR_DOUBLE ||
-           type == VAR_BOOLEAN || type == VAR_DATE;
-}
-
-BVariant ConvertScalar(std::string_view field, EVariantType type) {
+BVariant ConvertField(std::string_view field, EVariantType type, BString* lastText) {
     switch (type) {
     case VAR_INTEGER: return {ParseInteger(CutAtNul(field))};
     case VAR_INTEGER64: return {ParseInteger64(CutAtNul(field))};
     case VAR_DOUBLE: return {ParseDouble(CutAtNul(field))};
     case VAR_BOOLEAN: return {field.find_first_of("TtYy1") != std::string_view::npos};
-    default: return ConvertDate(field);
+    case VAR_DATE: return ConvertDate(field, lastText);
+    default: return {MakeText(GetTrimmedText(field), lastText)};
     }
 }
 
@@ -61,12 +74,7 @@ void BDbfFile::DbfField2Attribute(std::string_view record, BAttributeDef const& 
                                   std::int32_t offset, BAttribute& attribute) {
     std::string_view const field = GetFieldBytes(record, offset, definition.width);
     attribute.SetName(definition.name);
-    if (IsScalarType(definition.GetType())) {
-        attribute.SetValue(ConvertScalar(field, definition.GetType()));
-        return;
-    }
-    std::string_view const text = GetTrimmedText(field);
-    attribute.SetValue(BVariant(BString(text.data(), text.size())));
+    attribute.SetValue(ConvertField(field, definition.GetType(), nullptr));
 }
 
 } // namespace Ambrel

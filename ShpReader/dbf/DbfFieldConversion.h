@@ -16,10 +16,9 @@ std::string_view GetFieldBytes(std::string_view record, std::int32_t offset,
 /// field protects the blanks before it.
 std::string_view GetTrimmedText(std::string_view field) noexcept;
 
-/// Whether fields of that type hold a number, a truth value or a date; all others hold text.
-bool IsScalarType(EVariantType type) noexcept;
-
-/// The value of a field of scalar type; a date may be null. REQUIRES: IsScalarType(type).
-BVariant ConvertScalar(std::string_view field, EVariantType type);
+/// The value of a field; a date may be null. Where `lastText` is given, it holds the text that was
+/// made for the same column last, which is shared when it is the same again: columns are
+/// repetitive.
+BVariant ConvertField(std::string_view field, EVariantType type, BString* lastText);
 
 } // namespace Ambrel

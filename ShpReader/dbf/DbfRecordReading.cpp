@@ -14,47 +14,17 @@ namespace {
 
 constexpr char readRecordOperation[] = "BDbfFile::ReadAttributeRecord";
 
-/// Makes the text of every field anew.
-struct FreshTexts {
-    BString operator()(std::size_t /*field*/, std::string_view text) const {
-        return {text.data(), text.size()};
-    }
-};
-
-/// Shares a field's text with the record before where that had the same: columns are repetitive.
-class SharedTexts {
-public:
-    explicit SharedTexts(std::vector<BString>& newLastTexts) : lastTexts(newLastTexts) {}
-
-    BString const& operator()(std::size_t field, std::string_view text) {
-        BString& last = lastTexts[field];
-        if (last.Utf8() != text || !IsAscii(text)) {
-            last = BString(text.data(), text.size());
-        }
-        return last;
-    }
-
-private:
-    /// What other bytes mean depends on the codec, which may have been another one.
-    static bool IsAscii(std::string_view text) noexcept {
-        return std::all_of(text.begin(), text.end(), [](char c) { return (c & 0x80) == 0; });
-    }
-
-    std::vector<BString>& lastTexts;
-};
-
-template <class Texts>
+/// Appends the values of a record. `lastTexts` has an entry for each field, or is null where texts
+/// are not to be shared between records.
 void ConvertRecord(std::string_view record, BAttributeDefs const& schema,
-                   std::vector<std::int32_t> const& offsets, Texts texts, BAttributes& attributes) {
+                   std::vector<std::int32_t> const& offsets, BString* lastTexts,
+                   BAttributes& attributes) {
     attributes.Reserve(attributes.GetCount() + offsets.size());
     for (std::size_t i = 0; i < offsets.size(); ++i) {
         BAttributeDef const& field = schema.GetAt(i);
-        std::string_view const bytes = GetFieldBytes(record, offsets[i], field.width);
-        if (IsScalarType(field.GetType())) {
-            attributes.Add(field.name, ConvertScalar(bytes, field.GetType()));
-        } else {
-            attributes.Add(field.name, BVariant(BString(texts(i, GetTrimmedText(bytes)))));
-        }
+        attributes.Add(field.name,
+                       ConvertField(GetFieldBytes(record, offsets[i], field.width), field.GetType(),
+                                    lastTexts ? lastTexts + i : nullptr));
     }
 }
 
@@ -89,7 +59,7 @@ void BDbfFile::ReadWithOwnHandle(std::uint32_t index, BAttributes& attributes) {
         return;
     }
     lastTexts.resize(fieldOffsets.size());
-    ConvertRecord(record, schema, fieldOffsets, SharedTexts(lastTexts), attributes);
+    ConvertRecord(record, schema, fieldOffsets, lastTexts.data(), attributes);
 }
 
 void BDbfFile::ReadWithPrivateHandle(std::uint32_t index, BAttributes& attributes) const {
@@ -104,7 +74,7 @@ void BDbfFile::ReadWithPrivateHandle(std::uint32_t index, BAttributes& attribute
         UseDefaults(index, attributes);
         return;
     }
-    ConvertRecord(record, schema, fieldOffsets, FreshTexts(), attributes);
+    ConvertRecord(record, schema, fieldOffsets, nullptr, attributes);
 }
 
 void BDbfFile::UseDefaults(std::uint32_t index, BAttributes& attributes) const {
