@@ -1,0 +1,214 @@
+#include "FeatureSamples.h"
+
+#include <cstdio>
+
+namespace Ambrel::Test {
+
+namespace {
+
+template <class T>
+BSharedPtr<T> Vertices(std::vector<BPoint> const& list, bool in3d = false) {
+    BSharedPtr<T> geometry(new T);
+    for (BPoint const& point : list) {
+        geometry->AddPoint(point);
+    }
+    geometry->is3d = in3d;
+    return geometry;
+}
+
+BSharedPtr<BAreaGeo> Donut() {
+    BSharedPtr<BDonut> donut(new BDonut);
+    donut->SetShell(Vertices<BPolygon>({{0, 0}, {0, 9}, {9, 9}}));
+    donut->AddHole(Vertices<BPolygon>({{1, 2}, {1, 3}, {2, 3}}, true));
+    donut->AddHole(Vertices<BPolygon>({}));
+    donut->is3d = 1;
+    return donut;
+}
+
+std::vector<BSharedPtr<BGeometry>> Geometries() {
+    BSharedPtr<BAggregatePoint> points(new BAggregatePoint);
+    points->Add(BSharedPtr<BPointGeo>(new BPointGeo(BPoint(1, 2, 3))));
+    points->Add(BSharedPtr<BPointGeo>(new BPointGeo(BPoint(-0.0, 1e300, -1))));
+    BSharedPtr<BAggregateLinear> lines(new BAggregateLinear);
+    lines->Add(Vertices<BPolyline>({{1, 1}, {2, 2}}, true));
+    BSharedPtr<BAggregateArea> areas(new BAggregateArea);
+    areas->Add(Donut());
+    areas->Add(Vertices<BPolygon>({{5, 5}, {6, 5}, {6, 6}}));
+    areas->is3d = 1;
+    return {BSharedPtr<BGeometry>(new BPointGeo(BPoint(0.1, -0.2, 7))),
+            Vertices<BPolyline>({{1, 2, 3}, {4, 5, 6}}, true),
+            Vertices<BPolygon>({{0, 0}, {0, 1}, {1, 1}}),
+            Donut(),
+            points,
+            lines,
+            areas,
+            BSharedPtr<BGeometry>(new BAggregateArea),
+            BSharedPtr<BGeometry>()};
+}
+
+std::vector<BVariant> Values() {
+    double const reals[] = {1.5, -2.5};
+    std::int32_t const integers[] = {1, -2, 3};
+    BString const texts[] = {"a", "", "c"};
+    BVariant date("20210315");
+    date.SetType(VAR_DATE);
+    BVariant unsigned64;
+    unsigned64.SetValue(std::uint64_t{18446744073709551615U});
+    BVariant typedNull;
+    typedNull.SetType(VAR_INTEGER);
+    return {BVariant(-7),
+            BVariant(std::int64_t{1} << 60),
+            BVariant(0.1),
+            BVariant(true),
+            BVariant(L"\u00E4\u20AC"),
+            date,
+            unsigned64,
+            typedNull,
+            BVariant(reals, 2),
+            BVariant(integers, 3),
+            BVariant(texts, 3),
+            BVariant(BString())};
+}
+
+void Append(std::string& text, double number) {
+    char buffer[40];
+    std::snprintf(buffer, sizeof buffer, "%a ", number);
+    text += buffer;
+}
+
+void Append(std::string& text, BPoint const& point) {
+    Append(text, point.X);
+    Append(text, point.Y);
+    Append(text, point.Z);
+}
+
+void Append(std::string& text, BGeometry const* geometry);
+
+template <class T>
+void AppendVertices(std::string& text, BGeometry const& geometry) {
+    for (BPoint const& point : static_cast<T const&>(geometry).GetPoints()) {
+        Append(text, point);
+    }
+}
+
+template <class T>
+void AppendMembers(std::string& text, BGeometry const& geometry) {
+    T const& aggregate = static_cast<T const&>(geometry);
+    for (std::uint64_t i = 0; i < aggregate.GetCount(); ++i) {
+        Append(text, aggregate.GetGeometryAt(i).Get());
+    }
+}
+
+void AppendDonut(std::string& text, BDonut const& donut) {
+    Append(text, donut.GetShell().Get());
+    for (std::uint64_t i = 0; i < donut.GetHoleCount(); ++i) {
+        Append(text, donut.GetHoleAt(i).Get());
+    }
+}
+
+void Append(std::string& text, BGeometry const* geometry) {
+    if (!geometry) {
+        text += "none";
+        return;
+    }
+    text += std::to_string(geometry->type) + (geometry->is3d ? " 3D(" : " (");
+    switch (geometry->type) {
+    case GEO_POINT: Append(text, static_cast<BPointGeo const*>(geometry)->GetPoint()); break;
+    case GEO_POLYLINE: AppendVertices<BPolyline>(text, *geometry); break;
+    case GEO_POLYGON: AppendVertices<BPolygon>(text, *geometry); break;
+    case GEO_DONUT: AppendDonut(text, *static_cast<BDonut const*>(geometry)); break;
+    case GEO_AGGREGATE_POINT: AppendMembers<BAggregatePoint>(text, *geometry); break;
+    case GEO_AGGREGATE_LINEAR: AppendMembers<BAggregateLinear>(text, *geometry); break;
+    case GEO_AGGREGATE_AREA: AppendMembers<BAggregateArea>(text, *geometry); break;
+    default: text += "unknown";
+    }
+    text += ")";
+}
+
+void Append(std::string& text, BString const& name, BVariant const& value) {
+    text += std::string(" ") + name.Ascii() + ":" + std::to_string(value.GetType()) + "=";
+    if (value.IsNull()) {
+        text += "null";
+    } else if (value.GetType() == VAR_DOUBLE) {
+        Append(text, value.GetValueAsDouble());
+    } else {
+        text += value.GetValueAsString("-").Ascii();
+    }
+    for (double number : value.GetValueAsDoubleList({})) {
+        Append(text, number);
+    }
+    for (std::int32_t number : value.GetValueAsIntegerList({})) {
+        text += std::to_string(number) + " ";
+    }
+    for (BString const& item : value.GetValueAsStringList({})) {
+        text += std::string("'") + item.Ascii() + "' ";
+    }
+}
+
+} // namespace
+
+BSharedPtr<BFeature> NumberedPoint(int number) {
+    BSharedPtr<BFeature> feature(new BFeature);
+    feature->SetGeometry(BSharedPtr<BGeometry>(new BPointGeo(BPoint(number, 2 * number))));
+    feature->attributes.Add("number", BVariant(number));
+    return feature;
+}
+
+BSharedPtr<BFeature> LongLine(int number, int vertices) {
+    BSharedPtr<BPolyline> line(new BPolyline);
+    for (int i = 0; i < vertices; ++i) {
+        line->AddPoint(BPoint(number, i, 1));
+    }
+    BSharedPtr<BFeature> feature = NumberedPoint(number);
+    feature->SetGeometry(line);
+    return feature;
+}
+
+std::vector<BSharedPtr<BFeature>> FeaturesOfAllKinds() {
+    std::vector<BVariant> const values = Values();
+    std::vector<BSharedPtr<BFeature>> features;
+    for (BSharedPtr<BGeometry> const& geometry : Geometries()) {
+        BSharedPtr<BFeature> const feature(new BFeature);
+        feature->SetGeometry(geometry);
+        // More or fewer values from feature to feature, under different names.
+        for (std::size_t i = features.size(); i < values.size(); ++i) {
+            feature->attributes.Add(BString::Format("value %zu", i), values[i]);
+            feature->GetMetadata().Add(BString::Format("entry %zu", i), values[i]);
+        }
+        features.push_back(feature);
+    }
+    return features;
+}
+
+std::string Describe(BFeature const& feature) {
+    std::string text;
+    Append(text, feature.GetGeometry().Get());
+    for (std::uint64_t i = 0; i < feature.attributes.GetCount(); ++i) {
+        BAttribute const& attribute = feature.attributes.GetAt(i);
+        Append(text, attribute.GetName(), attribute.GetValue());
+    }
+    text += " |";
+    for (BKeyValuePairs::Entry const& entry : feature.GetMetadata()) {
+        Append(text, entry.key, entry.value);
+    }
+    return text;
+}
+
+std::vector<std::string> Describe(BFeatureCollection const& features) {
+    std::vector<std::string> texts;
+    for (std::uint64_t i = 0; i < features.GetCount(); ++i) {
+        texts.push_back(Describe(*features.GetAt(i)));
+    }
+    return texts;
+}
+
+std::vector<int> Numbers(BFeatureCollection const& features) {
+    std::vector<int> numbers;
+    for (std::uint64_t i = 0; i < features.GetCount(); ++i) {
+        BSharedPtr<BFeature> const feature = features.GetAt(i);
+        numbers.push_back(feature->attributes.GetAt(0).GetValue().GetValueAsInteger(-1));
+    }
+    return numbers;
+}
+
+} // namespace Ambrel::Test
