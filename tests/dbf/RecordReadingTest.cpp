@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <QFile>
 #include <QTextCodec>
 
 #include <fstream>
@@ -160,6 +161,42 @@ TEST_F(RecordReading, AnyOrderThroughEitherHandleGivesTheSameValues) {
         ExpectRow(i, true);
         ExpectRow(i, false);
     }
+}
+
+/// Says how much is read through it.
+class CountingFile final : public QFile {
+public:
+    using QFile::QFile;
+    std::int64_t bytesRead = 0;
+    int readCount = 0;
+
+protected:
+    qint64 readData(char* data, qint64 size) override {
+        qint64 const held = QFile::readData(data, size);
+        bytesRead += held;
+        ++readCount;
+        return held;
+    }
+};
+
+TEST_F(RecordReading, OnlySequentialReadsFetchAhead) {
+    constexpr std::uint32_t count = 20000;
+    Open(Rows(count));
+    DbfHeader const header = table.GetHeader();
+    auto const length = static_cast<std::int64_t>(header.recordLength);
+    CountingFile file(MakeQString(folder.File("t.dbf")));
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly | QIODevice::Unbuffered));
+    RecordWindow window;
+    for (std::uint32_t i = 0; i < count; ++i) {
+        EXPECT_EQ(window.Fetch(file, header, i).size(), header.recordLength);
+    }
+    EXPECT_EQ(file.bytesRead, count * length);
+    EXPECT_LT(file.readCount, 30);
+    file.bytesRead = 0;
+    for (std::uint32_t i = 0; i < 1000; ++i) {
+        window.Fetch(file, header, i * 7919 % count);
+    }
+    EXPECT_EQ(file.bytesRead, 1000 * length);
 }
 
 TEST_F(RecordReading, PrivateHandlesServeSeveralThreads) {
