@@ -1,8 +1,10 @@
 #include "Commands.h"
 #include "Console.h"
 #include "ForEachFile.h"
+#include "Interrupt.h"
 #include "Log.h"
 #include "ProgressBar.h"
+#include "StreamingCollection.h"
 
 #include "Ambrel/BException.h"
 
@@ -19,7 +21,10 @@ public:
     Findings(Console& newConsole, BString const& newFile) : console(newConsole), file(newFile) {}
 
     /// The record that is being looked at; none while the file as a whole is.
-    void SetRecord(std::optional<std::uint64_t> newRecord) { record = newRecord; }
+    void SetRecord(std::optional<std::uint64_t> newRecord) {
+        record = newRecord;
+        seenInRecord.clear();
+    }
 
     void TakeLogLine(ELogSeverity severity, std::string_view line) {
         if (severity <= LOG_WARNING) {
@@ -51,12 +56,8 @@ public:
 private:
     /// Prints the problem, unless this record (or the file) has had the same one.
     void AddProblem(std::string_view text) {
-        if (record != lastRecord) {
-            seen.clear();
-            lastRecord = record;
-        }
         std::string const what(WithoutPrefixes(text));
-        if (!seen.insert(what).second) {
+        if (!(record ? seenInRecord : seenInFile).insert(what).second) {
             return;
         }
         ++problems;
@@ -82,21 +83,49 @@ private:
     Console& console;
     BString file;
     std::optional<std::uint64_t> record;
-    std::optional<std::uint64_t> lastRecord;
-    std::set<std::string> seen; ///< what the last record's problems were
+    std::set<std::string> seenInRecord;
+    std::set<std::string> seenInFile;
     std::uint64_t problems = 0;
     std::uint64_t nullShapes = 0;
     std::uint64_t withoutMeasures = 0;
 };
 
-/// Looks at every record on its own, so that one that throws does not hide those behind it.
-/// Returns how many there are.
-std::uint64_t CheckRecords(Console& console, BString const& file, Findings& findings) {
-    Source source(console, file, {});
+struct Progress {
+    std::uint64_t records; ///< looked at so far
+    bool isComplete;
+};
+
+/// Reads the records in one go, as far as that goes: to the end, or up to and with the first one
+/// that throws.
+Progress ReadInOrder(Console& console, BString const& file, Findings& findings) {
+    Source source(console, file, {.mode = HoldMode::Stream});
+    std::uint64_t done = 0;
+    source.Layer().SetFeaturesPtr(new StreamingCollection([&](std::uint64_t, BFeature&) {
+        findings.SetRecord(++done); // what is logged from now on is about the next one
+    }));
+    ProgressBar progress(console, std::string(source.Layer().name.Utf8()));
+    source.Reader().SetProgress(&progress);
+    findings.SetRecord(0);
+    try {
+        source.Reader().Read();
+    } catch (BException const& exception) {
+        findings.TakeException(exception);
+        return {done + 1, false};
+    }
+    ThrowIfInterrupted();
+    return {done, true};
+}
+
+/// Looks at the records from `first` on, each on its own, so that one that throws does not hide
+/// those behind it. Returns how many there are in all.
+std::uint64_t FetchOneByOne(Console& console, BString const& file, std::uint64_t first,
+                            Findings& findings) {
+    findings.SetRecord(std::nullopt);
+    Source source(console, file, {.mode = HoldMode::Direct});
     BFeatureCollection& features = source.Layer().GetFeatures();
     std::uint64_t const count = features.GetCount();
     ProgressBar progress(console, std::string(source.Layer().name.Utf8()));
-    for (std::uint64_t i = 0; i < count; ++i) {
+    for (std::uint64_t i = first; i < count; ++i) {
         progress.Step(i, count);
         findings.SetRecord(i);
         try {
@@ -105,8 +134,13 @@ std::uint64_t CheckRecords(Console& console, BString const& file, Findings& find
             findings.TakeException(exception);
         }
     }
-    findings.SetRecord(std::nullopt);
     return count;
+}
+
+/// Returns how many records there are.
+std::uint64_t CheckRecords(Console& console, BString const& file, Findings& findings) {
+    Progress const read = ReadInOrder(console, file, findings);
+    return read.isComplete ? read.records : FetchOneByOne(console, file, read.records, findings);
 }
 
 /// Returns the number of problems.

@@ -71,7 +71,9 @@ InterruptedException::InterruptedException()
 
 void PrintError(Console& console, std::exception const& error, std::string_view file) {
     std::string line = Describe(error);
-    if (!file.empty() && line.find(file) == std::string::npos) {
+    // A companion of the file names it too.
+    std::string_view const base = file.substr(0, file.rfind('.'));
+    if (!file.empty() && line.find(base) == std::string::npos) {
         line += " (" + std::string(file) + ")";
     }
     console.err.Write("ambrel-shp: " + OneLine(line) + "\n");

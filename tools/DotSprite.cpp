@@ -18,8 +18,13 @@ std::uint32_t Scale(std::uint32_t pixel, std::uint32_t factor) {
     return twoBytes(pixel & 0xFF00FF) | twoBytes(pixel >> 8 & 0xFF00FF) << 8;
 }
 
-std::uint32_t Over(std::uint32_t top, std::uint32_t bottom) {
-    return top + Scale(bottom, 255 - (top >> 24));
+void PutOver(std::uint32_t top, std::uint32_t& pixel) {
+    std::uint32_t const opacity = top >> 24;
+    if (opacity == 255) { // most of a dot, and all that most of its pixels cost
+        pixel = top;
+    } else if (opacity > 0) {
+        pixel = top + Scale(pixel, 255 - opacity);
+    }
 }
 
 std::vector<std::uint32_t> DrawDot(QColor const& color, double diameter, int side, double x,
@@ -61,12 +66,12 @@ void DotSprite::Blend(QImage& image, double x, double y) const {
     int const top = row - side / 2;
     int const firstX = std::max(0, -left);
     int const endX = std::min(side, image.width() - left);
+    std::ptrdiff_t const stride = image.bytesPerLine() / 4;
+    auto* const bits = reinterpret_cast<std::uint32_t*>(image.bits());
     for (int y1 = std::max(0, -top); y1 < std::min(side, image.height() - top); ++y1) {
-        auto* const line = reinterpret_cast<std::uint32_t*>(image.scanLine(top + y1)) + left;
+        std::uint32_t* const line = bits + (top + y1) * stride + left;
         for (int x1 = firstX; x1 < endX; ++x1) {
-            if (std::uint32_t const pixel = sprite[y1 * side + x1]) {
-                line[x1] = Over(pixel, line[x1]);
-            }
+            PutOver(sprite[y1 * side + x1], line[x1]);
         }
     }
 }

@@ -12,7 +12,7 @@ namespace {
 
 constexpr double pixel = MapWindow::unitsPerPixel;
 /// Vertices nearer than this to the last one drawn can not be told from it.
-constexpr int tolerance = MapWindow::unitsPerPixel / 4;
+constexpr int tolerance = MapWindow::unitsPerPixel / 2;
 /// Wider lines show their joins.
 constexpr double thinWidth = 2.0; // pixels
 

@@ -4,6 +4,7 @@
 #include <array>
 #include <charconv>
 #include <chrono>
+#include <cmath>
 
 namespace Ambrel::Tool {
 
@@ -11,7 +12,7 @@ namespace {
 
 template <class T>
 void AppendChars(std::string& text, T value) {
-    std::array<char, 32> digits; // the longest double has 24 characters
+    std::array<char, 24> digits; // the longest integer has 20 characters
     auto const result = std::to_chars(digits.data(), digits.data() + digits.size(), value);
     text.append(digits.data(), result.ptr);
 }
@@ -64,7 +65,14 @@ bool IsDigit(char c) {
 } // namespace
 
 void AppendNumber(std::string& text, double value) {
-    AppendChars(text, value);
+    // The shortest text of 500000 would be 5e+05: read back alike, and hard on people.
+    double const size = std::abs(value);
+    bool const isUsual = value == 0.0 || (size >= 1e-5 && size < 1e15);
+    std::array<char, 32> digits; // the longest has 25 characters
+    char* const end = digits.data() + digits.size();
+    auto const result = isUsual ? std::to_chars(digits.data(), end, value, std::chars_format::fixed)
+                                : std::to_chars(digits.data(), end, value);
+    text.append(digits.data(), result.ptr);
 }
 void AppendNumber(std::string& text, std::int64_t value) {
     AppendChars(text, value);

@@ -6,7 +6,8 @@
 
 namespace Ambrel::Tool {
 
-/// Appends the shortest decimal text that reads back to the same double. REQUIRES: it is finite.
+/// Appends the fewest digits that read back to the same double; with an exponent only below 1e-5
+/// and from 1e15 on. REQUIRES: it is finite.
 void AppendNumber(std::string& text, double value);
 void AppendNumber(std::string& text, std::int64_t value);
 void AppendNumber(std::string& text, std::uint64_t value);
