@@ -7,6 +7,13 @@
 
 namespace Ambrel {
 
+namespace {
+
+/// Bytes that are copied in about the time of a system call.
+constexpr std::int64_t cheapGap = 4096;
+
+} // namespace
+
 std::size_t ReadAhead::Read(std::int64_t position, void* destination, std::size_t size,
                             std::size_t expected) {
     if (position < 0) {
@@ -36,10 +43,12 @@ std::size_t ReadAhead::TakeFromPiece(std::int64_t position, std::uint8_t* destin
     return count;
 }
 
-/// Whether `position` lies behind the piece, with a gap no larger than the piece.
+/// Whether `position` lies behind the piece, with a gap that is cheaper to read than to jump over or
+/// no larger than the piece.
 bool ReadAhead::IsForward(std::int64_t position) const noexcept {
     auto const size = static_cast<std::int64_t>(filled);
-    return size > 0 && position >= start + size && position - start - size <= size;
+    std::int64_t const gap = position - start - size;
+    return size > 0 && gap >= 0 && gap <= std::max<std::int64_t>(size, cheapGap);
 }
 
 void ReadAhead::Refill(std::int64_t position, std::size_t expected) {

@@ -1,0 +1,155 @@
+#include "RecordingRenderer.h"
+#include "ShpReader/BShpFeatureCollection.h"
+#include "ShpSupport.h"
+
+#include <limits>
+
+namespace Ambrel::Test {
+
+namespace {
+
+using Indexes = std::vector<std::uint64_t>;
+constexpr double notANumber = std::numeric_limits<double>::quiet_NaN();
+
+TEST(DirectAccessTest, SelectsWhatMeetsTheArea) {
+    ShapefileBuilder builder(3);
+    builder.Point(1, 1).Null().Point(5, 5).Polyline({{{0, 0}, {9, 0}}});            // 0 to 3
+    builder.Polyline({{{0, 0}}}).Patch(4, ByteList().Reals({3, 0, 1, 1}));          // inverted
+    builder.Polyline({{{0, 0}}}).Patch(4, ByteList().Reals({0, 0, notANumber, 1})); // no bound
+    builder.Raw(ByteList().Little32(31).Fill(40)).Point(2, 3).Point(2.0001, 1);     // 6 to 8
+    OpenShapefile const file(builder);
+    BParamList const none;
+    struct AreaCase {
+        BRect area;
+        Indexes expected;
+    };
+    AreaCase const cases[] = {
+        {BRect(0, 0, 2, 3), {0, 3, 7}}, // 7 on the corner, 8 just outside
+        {BRect(5, 0, 5, 0), {3}},       {BRect(-9, -9, 99, 99), {0, 2, 3, 7, 8}}, {BRect(), {}},
+        {BRect(20, 20, 30, 30), {}},
+    };
+    for (AreaCase const& c : cases) {
+        SCOPED_TRACE(TextOf(c.area));
+        Indexes result = {7, 7};
+        file->SelectFeatures(c.area, none, result);
+        Indexes expected = {7, 7};
+        expected.insert(expected.end(), c.expected.begin(), c.expected.end());
+        EXPECT_EQ(result, expected);
+        EXPECT_EQ(file->HasFeaturesInArea(c.area, none), !c.expected.empty());
+    }
+}
+
+/// Long enough for reading ahead to start, to meet gaps and jumps, and to end.
+TEST(DirectAccessTest, SelectsInLongFilesWhateverTheirOrder) {
+    ShapefileBuilder builder(3);
+    Indexes expected;
+    for (int i = 0; i < 3000; ++i) {
+        Vertices const line(static_cast<std::size_t>(i % 97 == 0 ? 2000 : 2), Vertex{i * 1.0, 0});
+        builder.Polyline({line});
+        if (i % 5 == 0) {
+            builder.Junk(Bytes(static_cast<std::size_t>(i % 7) * 3000));
+        }
+        if (i >= 1000 && i <= 2500) {
+            expected.push_back(static_cast<std::uint64_t>(i));
+        }
+    }
+    OpenShapefile const file(builder);
+    BParamList const none;
+    Indexes result;
+    file->SelectFeatures(BRect(1000, 0, 2500, 0), none, result);
+    EXPECT_EQ(result, expected);
+    RecordingRenderer const renderer;
+    Indexes const backwards(result.rbegin(), result.rend());
+    file->RenderFeatures(backwards, &renderer);
+    EXPECT_EQ(renderer.calls.at(1), "line 2499,0 2499,0 from 0");
+    EXPECT_EQ(renderer.calls.size(), expected.size());
+}
+
+TEST(DirectAccessTest, CountsByShapeType) {
+    struct CountCase {
+        std::int32_t type;
+        EGeometryClass geometryClass;
+        EGeometryType geometryType;
+    };
+    CountCase const cases[] = {{21, GEO_CLASS_POINTS, GEO_POINT},
+                               {3, GEO_CLASS_LINES, GEO_POLYLINE},
+                               {15, GEO_CLASS_AREAS, GEO_POLYGON},
+                               {8, GEO_CLASS_MULTIPOINTS, GEO_AGGREGATE_POINT}};
+    for (CountCase const& c : cases) {
+        OpenShapefile file(ShapefileBuilder(c.type).Null().Null().ZRange(1, 2).Extent(1, 2, 3, 4));
+        BShpFeatureCollection collection(file.file);
+        EXPECT_EQ(collection.GetGeometryCounts().GetGeometryClassCount(c.geometryClass), 2U);
+        EXPECT_EQ(collection.GetGeometryCounts().GetGeometryTypeCount(c.geometryType), 2U);
+        EXPECT_EQ(collection.ComputeMBB().zMax, c.type == 15 ? 2 : BBox().zMax);
+        EXPECT_EQ(TextOf(static_cast<BRect const&>(collection.ComputeMBB())), "1 2 3 4");
+    }
+    for (std::int32_t const type : {0, 31}) {
+        OpenShapefile file(ShapefileBuilder(type).Null());
+        BShpFeatureCollection const collection(file.file);
+        EXPECT_TRUE(collection.CanRender() && collection.CanSelect());
+        for (auto const geometryClass : {GEO_CLASS_NONE, GEO_CLASS_POINTS, GEO_CLASS_AREAS}) {
+            EXPECT_EQ(collection.GetGeometryCounts().GetGeometryClassCount(geometryClass), 0U);
+        }
+    }
+}
+
+TEST(DirectAccessTest, KeepsTheFileOpenThroughCopies) {
+    OpenShapefile file(ShapefileBuilder(1).Point(1, 2).Point(3, 4));
+    OpenShapefile other(ShapefileBuilder(1).Point(5, 6));
+    auto first = std::make_unique<BShpFeatureCollection>(file.file);
+    BShpFeatureCollection assigned(other.file);
+    BShpFeatureCollection const copy(*first);
+    assigned = *first;
+    first.reset();
+    file.file = BSharedPtr<BShpFile>();
+    EXPECT_EQ(TextOf(*copy.GetAt(1)), "point[3 4]");
+    EXPECT_EQ(assigned.GetCount(), 2U);
+    BRect const& rectangle = copy.GetFeatureMBRAt(0);
+    EXPECT_EQ(TextOf(rectangle), "1 2 1 2");
+    EXPECT_EQ(&copy.GetFeatureMBRAt(1), &rectangle);
+    EXPECT_EQ(TextOf(rectangle), "3 4 3 4");
+}
+
+TEST(DirectAccessTest, LogsTheFirstFetchesOnly) {
+    ShapefileBuilder builder(1);
+    for (int i = 0; i < 11; ++i) {
+        builder.Point(i, 0);
+    }
+    OpenShapefile file(builder);
+    BShpFeatureCollection const collection(file.file);
+    LogCapture const log;
+    collection.GetAtImpl(9, false);
+    collection.GetAtImpl(10, false);
+    EXPECT_BEXCEPTION(collection.GetAtImpl(0x100000005U, false), BIndexOutOfBoundsException,
+                      "BShpFile::ReadFeature", "Index=4294967301, NumRecords=11");
+    EXPECT_EQ(log.TextsOf(LOG_DETAIL), Texts{"SHP-FeatureCollection: In GetAtImpl, index=9"});
+}
+
+TEST(DirectAccessTest, AnswersThroughTheLayerOfAReaderThatIsGone) {
+    TemporaryFolder const folder;
+    BString const path = ShapefileBuilder(1).Point(1, 2).Null().Point(3, 4).WriteTo(folder, "a");
+    auto reader = MakeReader(OPTION_DIRECT_ACCESS);
+    reader->Open(path, BParamList());
+    reader->Read();
+    EXPECT_EQ(reader->GetReadResult(), 0);
+    BLayers const layers = reader->GetLayers();
+    reader->Close();
+    reader.reset();
+    auto const& features = static_cast<BVectorLayer&>(*layers.GetAt(0)).GetFeatures();
+    EXPECT_EQ(TextsOf(features), (Texts{"point[1 2]", "none", "point[3 4]"}));
+    EXPECT_EQ(TextOf(features.GetGeometryAt(2).Get()), "point[3 4]");
+    Indexes selected;
+    features.SelectFeatures(BRect(0, 0, 2, 2), BParamList(), selected);
+    EXPECT_EQ(selected, Indexes{0});
+    EXPECT_THROW(features.GetAt(3), BIndexOutOfBoundsException);
+    RecordingRenderer const renderer;
+    BRenderingParams params;
+    params.renderer = &renderer;
+    params.area = BRect(3, 3, 9, 9);
+    features.RenderFeatures(&params);
+    EXPECT_EQ(renderer.calls, Texts{"point 3,4"});
+}
+
+} // namespace
+
+} // namespace Ambrel::Test

@@ -1,0 +1,100 @@
+#include "GeometryText.h"
+
+#include <sstream>
+
+namespace Ambrel::Test {
+
+namespace {
+
+std::string TextOf(BPoint const& point) {
+    std::ostringstream text;
+    text << point.X << ' ' << point.Y;
+    if (point.Z != 0) {
+        text << ' ' << point.Z;
+    }
+    return text.str();
+}
+
+std::string TextOf(BPoints const& points) {
+    std::string text;
+    for (BPoint const& point : points) {
+        text += (text.empty() ? "" : ",") + TextOf(point);
+    }
+    return "[" + text + "]";
+}
+
+template <class Aggregate>
+std::string MembersOf(BGeometry const& geometry) {
+    auto const& aggregate = static_cast<Aggregate const&>(geometry);
+    std::string text;
+    for (std::uint64_t i = 0; i < aggregate.GetCount(); ++i) {
+        text += (i ? " " : "") + Test::TextOf(aggregate.GetGeometryAt(i).Get());
+    }
+    return "{" + text + "}";
+}
+
+std::string RingsOf(BDonut const& donut) {
+    std::string text = Test::TextOf(donut.GetShell().Get());
+    for (std::uint64_t i = 0; i < donut.GetHoleCount(); ++i) {
+        text += " " + Test::TextOf(donut.GetHoleAt(i).Get());
+    }
+    return "{" + text + "}";
+}
+
+} // namespace
+
+std::string TextOf(BGeometry const* geometry) {
+    if (!geometry) {
+        return "none";
+    }
+    std::string const flag = geometry->is3d ? " Z" : "";
+    switch (geometry->type) {
+    case GEO_POINT:
+        return "point" + flag + "[" + TextOf(static_cast<BPointGeo const*>(geometry)->GetPoint()) +
+               "]";
+    case GEO_POLYGON:
+        return "polygon" + flag + TextOf(static_cast<BPolygon const*>(geometry)->GetPoints());
+    case GEO_POLYLINE:
+        return "line" + flag + TextOf(static_cast<BPolyline const*>(geometry)->GetPoints());
+    case GEO_DONUT: return "donut" + flag + RingsOf(*static_cast<BDonut const*>(geometry));
+    case GEO_AGGREGATE_POINT: return "points" + flag + MembersOf<BAggregatePoint>(*geometry);
+    case GEO_AGGREGATE_LINEAR: return "lines" + flag + MembersOf<BAggregateLinear>(*geometry);
+    case GEO_AGGREGATE_AREA: return "areas" + flag + MembersOf<BAggregateArea>(*geometry);
+    case GEO_NONE: break;
+    }
+    return "unknown";
+}
+
+std::string TextOf(BFeature const& feature) {
+    return TextOf(feature.GetGeometry().Get());
+}
+
+std::string TextOf(BKeyValuePairs const& metadata) {
+    std::ostringstream text;
+    for (auto const& [key, value] : metadata) {
+        text << (text.tellp() > 0 ? " " : "") << key.Ascii() << '=';
+        if (value.GetType() != VAR_DOUBLE_LIST) {
+            text << value.GetValueAsString(BString("?")).Ascii();
+            continue;
+        }
+        text << '(';
+        for (double const element : value.GetValueAsDoubleList({})) {
+            text << element << ' ';
+        }
+        text << ')';
+    }
+    return text.str();
+}
+
+std::string TextOf(BRect const& rectangle) {
+    BRect const empty;
+    if (rectangle.xMin == empty.xMin && rectangle.xMax == empty.xMax) {
+        return "empty";
+    }
+    std::ostringstream text;
+    text << rectangle.xMin << ' ' << rectangle.yMin << ' ' << rectangle.xMax << ' '
+         << rectangle.yMax;
+    return text.str();
+}
+
+} // namespace Ambrel::Test

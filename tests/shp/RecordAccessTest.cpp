@@ -1,0 +1,152 @@
+#include "ShpSupport.h"
+
+namespace Ambrel::Test {
+
+namespace {
+
+constexpr char const* readFeature = "BShpFile::ReadFeature";
+
+std::string Mismatch(int fromIndex, unsigned fromMain) {
+    return "SHP-Reader: Record length from index (" + std::to_string(fromIndex) +
+           ") does not match record length from main file (" + std::to_string(fromMain) +
+           "): Possible file corruption.";
+}
+
+TEST(RecordAccessTest, LetsTheIndexGovernTheLength) {
+    OpenShapefile const file(ShapefileBuilder(1).Point(1, 2).ContentLength(12).RecordNumber(77));
+    LogCapture const log;
+    EXPECT_EQ(TextOf(*file->ReadFeature(0, true)), "point[1 2]");
+    EXPECT_EQ(log.Lines(), (std::vector<LogLine>{{LOG_WARNING, Mismatch(10, 12)}}));
+}
+
+TEST(RecordAccessTest, ReadsIndexEntriesFromMemoryOrFromTheFile) {
+    OpenShapefile const file(ShapefileBuilder(1).Point(1, 2).Point(3, 4));
+    EXPECT_EQ(TextOf(*file->ReadFeature(1, true)), "point[3 4]") << "from the file";
+    file->LoadIndex();
+    std::filesystem::remove(file.folder.Path() / "file.shx");
+    EXPECT_EQ(TextOf(*file->ReadFeature(1, true)), "point[3 4]") << "from memory";
+    file->ReleaseBuffers();
+    EXPECT_BEXCEPTION(file->ReadFeature(1, true), BFileNotFoundException, "BShpFile::ReadRecord",
+                      file.folder.File("file.shx"));
+}
+
+TEST(RecordAccessTest, ReusesTheSharedBufferUntilARecordIsLarger) {
+    ShapefileBuilder builder(3);
+    builder.Raw(Bytes(20)).Raw(Bytes(100)).Raw(Bytes(60));
+    OpenShapefile const file(builder);
+    file->LoadIndex();
+    for (auto const& [index, size] : {std::pair{0U, 20U}, {1U, 100U}, {2U, 100U}}) {
+        file->GetFeatureMBRAt(index);
+        EXPECT_EQ(file->GetShapeBufferSize(), size);
+    }
+    file->ReleaseBuffers();
+    EXPECT_EQ(file->GetShapeBufferSize(), 0U);
+    EXPECT_FALSE(file->HasIndexInMemory());
+}
+
+TEST(RecordAccessTest, GivesTheStoredRectangles) {
+    ShapefileBuilder builder(13);
+    builder.Point(1, 2, 3).Null().Polyline({{{5, 8}, {7, 6}}});
+    builder.Polyline({{{0, 0}}}).Patch(4, ByteList().Reals({9, 8, 1, 2})); // minimum above maximum
+    builder.Raw(ByteList().Little32(31).Fill(60)).Raw(ByteList().Little32(13).Fill(30));
+    builder.Raw(ByteList().Little32(3).Reals({1, 2, 3, 4})); // no more than its box
+    OpenShapefile const file(builder);
+    Texts rectangles;
+    for (std::uint32_t i = 0; i < file->GetRecordCount(); ++i) {
+        rectangles.push_back(TextOf(file->GetFeatureMBRAt(i)));
+    }
+    EXPECT_EQ(rectangles,
+              (Texts{"1 2 1 2", "empty", "5 6 7 8", "9 8 1 2", "empty", "empty", "1 2 3 4"}));
+}
+
+TEST(RecordAccessTest, RefusesIndexesBeyondTheCountBeforeAnythingIsReleased) {
+    OpenShapefile const file(ShapefileBuilder(1).Point(1, 2));
+    file->LoadIndex();
+    BParamList const none;
+    BSharedPtr<BFeature> feature;
+    std::uint64_t const wraps = 0x100000000U; // record 0 in 32 bits
+    EXPECT_BEXCEPTION(file->ReadFeature(1, true), BIndexOutOfBoundsException, readFeature,
+                      "Index=1, NumRecords=1");
+    EXPECT_BEXCEPTION(file->ReadFeature(wraps, true), BIndexOutOfBoundsException, readFeature,
+                      "Index=4294967296, NumRecords=1");
+    EXPECT_BEXCEPTION(file->GetFeatureMBRAt(1), BIndexOutOfBoundsException,
+                      "BShpFile::GetFeatureMBRAt", "Index=1, NumRecords=1");
+    EXPECT_BEXCEPTION(file->RenderFeatures({wraps}, nullptr), BIndexOutOfBoundsException,
+                      "BShpFile::RenderFeatures", "Index=4294967296, NumRecords=1");
+    EXPECT_TRUE(file->HasIndexInMemory());
+}
+
+TEST(RecordAccessTest, ReleasesTheBuffersWhenAFetchFailsAndGoesOn) {
+    OpenShapefile const file(
+        ShapefileBuilder(1).Point(1, 2).Raw(ByteList().Little32(31)).Point(5, 6));
+    file->LoadIndex();
+    EXPECT_BEXCEPTION(file->ReadFeature(1, true), BUnknownGeometryException, "BShpFile::Read",
+                      "Multipatch geometry is not supported.");
+    EXPECT_FALSE(file->HasIndexInMemory());
+    EXPECT_EQ(TextOf(*file->ReadFeature(2, true)), "point[5 6]");
+}
+
+TEST(RecordAccessTest, NeedsAFileThatIsOpenForReading) {
+    BShpFile closed;
+    BParamList const none;
+    std::vector<std::uint64_t> result;
+    EXPECT_BEXCEPTION(closed.GetFeatureMBRAt(0), BReadWriteMismatchException, readFeature, "");
+    EXPECT_BEXCEPTION(closed.ReadFeature(0, true), BReadWriteMismatchException, readFeature, "");
+    EXPECT_BEXCEPTION(closed.HasFeaturesInArea(BRect(), none), BReadWriteMismatchException,
+                      readFeature, "");
+    EXPECT_BEXCEPTION(closed.SelectFeatures(BRect(), none, result), BReadWriteMismatchException,
+                      readFeature, "");
+    EXPECT_BEXCEPTION(closed.Read(MakeLayer()), BReadWriteMismatchException, "BShpFile::Read", "");
+    EXPECT_BEXCEPTION(closed.RenderFeatures({}, nullptr), BReadWriteMismatchException,
+                      "BShpFile::RenderFeatures", "");
+}
+
+TEST(RecordAccessTest, ReportsPrivateHandlesThatDoNotOpen) {
+    OpenShapefile const file(ShapefileBuilder(1).Point(1, 2));
+    file->LoadIndex();
+    std::filesystem::remove(file.path.Ascii());
+    BParamList const none;
+    std::vector<std::uint64_t> result;
+    EXPECT_BEXCEPTION(file->ReadFeature(0, true), BFileNotFoundException, readFeature, file.path);
+    EXPECT_BEXCEPTION(file->SelectFeatures(BRect(), none, result), BFileNotFoundException,
+                      "BShpFile::SelectFeatures", file.path);
+    EXPECT_BEXCEPTION(file->HasFeaturesInArea(BRect(), none), BFileNotFoundException,
+                      "BShpFile::HasFeaturesInArea", file.path);
+    EXPECT_BEXCEPTION(file->RenderFeatures({0}, nullptr), BFileNotFoundException,
+                      "BShpFile::RenderFeatures", file.path);
+}
+
+/// Zero words are no error of the data, but there is no buffer to give; what the end of the file
+/// cuts down to nothing is.
+TEST(RecordAccessTest, TellsRecordsOfNoWordsFromRecordsThatAreNotThere) {
+    OpenShapefile const first(
+        ShapefileBuilder(1).Point(1, 2).IndexLength(0).ContentLength(0).Point(3, 4));
+    BSharedPtr<BVectorLayer> const layer = MakeLayer();
+    EXPECT_BEXCEPTION(first->Read(layer), BResourceException, "BShpFile::ReadRecord",
+                      "Unable to allocate memory for shape buffer.");
+    LogCapture const log;
+    EXPECT_EQ(TextOf(*first->ReadFeature(0, true)), "none");
+    OpenShapefile const beyond(ShapefileBuilder(1).Point(1, 2).IndexOffset(0x7FFFFFFF).Point(3, 4));
+    EXPECT_EQ(beyond->Read(layer), 0);
+    EXPECT_EQ(TextsOf(layer->GetFeatures()), (Texts{"none", "point[3 4]"}));
+    std::string const invalid =
+        "SHP-Reader: Record 0 is not valid: content is too short; geometry skipped.";
+    EXPECT_EQ(log.TextsOf(LOG_WARNING), (Texts{invalid, Mismatch(10, 0), invalid}));
+}
+
+TEST(RecordAccessTest, FollowsTheIndexThroughJunkAndDisorder) {
+    ShapefileBuilder builder(1);
+    builder.Point(1, 2).IndexOffset(50 + 14 + 500).Junk(Bytes(1000, 0x31)).Point(3, 4);
+    builder.IndexOffset(50).IndexEntry(-1, 10).IndexEntry(50, 0x40000000);
+    OpenShapefile const file(
+        builder.Field("a", 'C', 1).Row({"a"}).Row({"b"}).Row({"c"}).Row({"d"}));
+    file->LoadIndex();
+    BSharedPtr<BVectorLayer> const layer = MakeLayer();
+    EXPECT_EQ(file->Read(layer), 0);
+    EXPECT_EQ(TextsOf(layer->GetFeatures()),
+              (Texts{"point[3 4]", "point[1 2]", "none", "point[1 2]"}));
+}
+
+} // namespace
+
+} // namespace Ambrel::Test

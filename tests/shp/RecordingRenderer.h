@@ -1,0 +1,66 @@
+#pragma once
+
+#include "Ambrel/BRenderer.h"
+
+#include <sstream>
+#include <string>
+#include <vector>
+
+namespace Ambrel::Test {
+
+/// Notes what it is told to draw, one text for each call; map coordinates are scaled by `scale`.
+class RecordingRenderer final : public BRenderer {
+public:
+    explicit RecordingRenderer(double newScale = 1) : scale(newScale) {}
+
+    bool ConvertMapToWindow(double& x, double& y) const override {
+        x *= scale;
+        y *= scale;
+        return true;
+    }
+    bool DrawPoint(Gdiplus::PointF const& point) const override {
+        return DrawPoints(&point, 1, "point");
+    }
+    bool DrawPoints(Gdiplus::PointF const* points, int count) const override {
+        return DrawPoints(points, count, "points");
+    }
+    bool DrawPolyline(Gdiplus::Point const* points, int count, int const* starts,
+                      int partCount) const override {
+        return DrawParts("line", points, count, starts, partCount);
+    }
+    bool DrawPolygon(Gdiplus::Point const* points, int count, int const* starts,
+                     int partCount) const override {
+        return DrawParts("polygon", points, count, starts, partCount);
+    }
+
+    mutable std::vector<std::string> calls;
+
+private:
+    bool DrawPoints(Gdiplus::PointF const* points, int count, char const* what) const {
+        std::ostringstream text;
+        text << what;
+        for (int i = 0; i < count; ++i) {
+            text << ' ' << points[i].X << ',' << points[i].Y;
+        }
+        calls.push_back(text.str());
+        return true;
+    }
+    bool DrawParts(char const* what, Gdiplus::Point const* points, int count, int const* starts,
+                   int partCount) const {
+        std::ostringstream text;
+        text << what;
+        for (int i = 0; i < count; ++i) {
+            text << ' ' << points[i].X << ',' << points[i].Y;
+        }
+        text << " from";
+        for (int i = 0; i < partCount; ++i) {
+            text << ' ' << starts[i];
+        }
+        calls.push_back(text.str());
+        return true;
+    }
+
+    double scale;
+};
+
+} // namespace Ambrel::Test

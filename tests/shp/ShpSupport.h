@@ -1,0 +1,65 @@
+#pragma once
+
+#include "Expectations.h"
+#include "GeometryText.h"
+#include "LogCapture.h"
+#include "ShapefileBuilder.h"
+#include "TemporaryFolder.h"
+
+#include "Ambrel/Ambrel.h"
+#include "ShpReader/BShpReader.h"
+#include "ShpReader/shp/BShpFile.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace Ambrel::Test {
+
+/// A shapefile on disk, opened for reading.
+class OpenShapefile {
+public:
+    explicit OpenShapefile(ShapefileBuilder const& builder, bool useAttributes = true,
+                           BString const& attributeZ = BString())
+        : path(builder.WriteTo(folder, "file")) {
+        file->Open(path, BShpFile::readMode, useAttributes, attributeZ);
+    }
+
+    BShpFile* operator->() const { return file.Get(); }
+
+    TemporaryFolder folder;
+    BString path;
+    BSharedPtr<BShpFile> file{new BShpFile};
+};
+
+inline BSharedPtr<BVectorLayer> MakeLayer() {
+    return BSharedPtr<BVectorLayer>(new BVectorLayer);
+}
+
+/// A reader whose host has chosen the storage mode; lets tests set what hosts set.
+inline std::unique_ptr<BShpReader> MakeReader(BString const& option = BString()) {
+    BParamList options;
+    if (!option.IsEmpty()) {
+        options.Add(option, true);
+    }
+    return std::make_unique<BShpReader>(options);
+}
+
+inline BVectorLayer& LayerOf(BShpReader const& reader, std::uint64_t index = 0) {
+    return static_cast<BVectorLayer&>(*reader.GetLayers().GetAt(index));
+}
+
+/// The features of a layer, one text each.
+inline std::vector<std::string> TextsOf(BFeatureCollection const& features) {
+    std::vector<std::string> texts;
+    for (std::uint64_t i = 0; i < features.GetCount(); ++i) {
+        texts.push_back(TextOf(*features.GetAt(i)));
+    }
+    return texts;
+}
+
+using Texts = std::vector<std::string>;
+
+} // namespace Ambrel::Test

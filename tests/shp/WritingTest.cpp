@@ -1,0 +1,124 @@
+#include "ShpSupport.h"
+
+#include <limits>
+
+namespace Ambrel::Test {
+
+namespace {
+
+BSharedPtr<BFeature> FeatureNamed(char const* name) {
+    BSharedPtr<BFeature> feature(new BFeature);
+    feature->attributes.Add("name", BVariant(name));
+    return feature;
+}
+
+BAttributeDefs NameSchema() {
+    BAttributeDef name;
+    name.name = "name";
+    name.width = 6;
+    BAttributeDefs schema;
+    schema.Add(name);
+    return schema;
+}
+
+Bytes ExpectedHeader(std::uint32_t words) {
+    double const most = std::numeric_limits<double>::max();
+    return ByteList().Big32(9994).Fill(20).Big32(words).Little32(1000).Little32(0).Reals(
+        {most, most, -most, -most, 0, 0, most, -most});
+}
+
+TEST(ShpWritingTest, WritesNullShapesWithTheirTable) {
+    TemporaryFolder const folder;
+    BString const path = folder.File("new.shp");
+    LogCapture const log;
+    {
+        BShpFile file;
+        file.Open(path, BShpFile::writeMode, true, "");
+        file.SetCoordSys(BSharedPtr<BCoordSys>(BCoordSys::FromText("EPSG:4326")));
+        file.PrepareTable(NameSchema());
+        for (char const* name : {"one", "two", "d\xC3\xA9j\xC3\xA0"}) {
+            file.WriteFeature(FeatureNamed(name));
+        }
+        file.Write(); // Does nothing.
+    }
+    EXPECT_EQ(log.Count(LOG_DETAIL, "SHP-WRITER: Writing NULL shape."), 3U);
+    ByteList main;
+    main.Append(ExpectedHeader(68));
+    ByteList index;
+    index.Append(ExpectedHeader(62));
+    for (std::uint32_t i = 0; i < 3; ++i) {
+        main.Big32(i + 1).Big32(2).Little32(0);
+        index.Big32(50 + 6 * i).Big32(2);
+    }
+    EXPECT_EQ(ReadFile(folder.Path() / "new.shp"), static_cast<Bytes const&>(main));
+    EXPECT_EQ(ReadFile(folder.Path() / "new.shx"), static_cast<Bytes const&>(index));
+    EXPECT_EQ(ReadFile(folder.Path() / "new.cpg"),
+              static_cast<Bytes const&>(ByteList().Text("UTF-8")));
+
+    auto const reader = MakeReader();
+    reader->Open(path, BParamList());
+    reader->Read();
+    EXPECT_EQ(LayerOf(*reader).GetCoordSys()->GetEpsgCode(), 4326);
+    Texts names;
+    for (std::uint64_t i = 0; i < 3; ++i) {
+        BSharedPtr<BFeature> const feature = LayerOf(*reader).GetFeatures().GetAt(i);
+        EXPECT_FALSE(feature->GetGeometry());
+        names.emplace_back(
+            feature->attributes.GetAttribute("name", true).GetValue().GetValueAsString("").Ascii());
+    }
+    EXPECT_EQ(names, (Texts{"one", "two", "d\xC3\xA9j\xC3\xA0"}));
+}
+
+TEST(ShpWritingTest, LeavesNothingWhereNothingWasWritten) {
+    TemporaryFolder const folder;
+    WriteFile(folder.Path() / "old.prj", {'x'});
+    BShpFile().Open(folder.File("old.shp"), BShpFile::writeMode, true, "");
+    EXPECT_TRUE(std::filesystem::is_empty(folder.Path()));
+}
+
+/// Whoever may not write a file has not lost it.
+TEST(ShpWritingTest, KeepsFilesThatItCouldNotOpen) {
+    TemporaryFolder const folder;
+    std::filesystem::create_directory(folder.Path() / "a.shx");
+    WriteFile(folder.Path() / "a.dbf", {'x'});
+    EXPECT_BEXCEPTION(BShpFile().Open(folder.File("a.shp"), BShpFile::writeMode, true, ""),
+                      BFileNotFoundException, "BShpFile::Open", folder.File("a.shx"));
+    EXPECT_TRUE(std::filesystem::exists(folder.Path() / "a.dbf"));
+    EXPECT_FALSE(std::filesystem::exists(folder.Path() / "a.shp"));
+}
+
+TEST(ShpWritingTest, NeedsAFileThatIsOpenForWriting) {
+    OpenShapefile const file(ShapefileBuilder(1).Point(1, 2));
+    QFile handle;
+    EXPECT_BEXCEPTION(file->Write(), BReadWriteMismatchException, "BShpFile::Write", "");
+    EXPECT_BEXCEPTION(file->WriteNullShape(), BReadWriteMismatchException,
+                      "BShpFile::WriteNullShape", "");
+    EXPECT_BEXCEPTION(file->WriteFeature(FeatureNamed("a")), BReadWriteMismatchException,
+                      "BShpFile::WriteNullShape", "");
+    EXPECT_BEXCEPTION(file->WriteHeader(handle), BReadWriteMismatchException,
+                      "BShpFile::WriteHeader", "");
+    EXPECT_BEXCEPTION(file->FinishHeader(handle), BReadWriteMismatchException,
+                      "BShpFile::WriteHeader", "");
+
+    TemporaryFolder const folder;
+    BShpFile written;
+    written.Open(folder.File("a.shp"), BShpFile::writeMode, true, "");
+    EXPECT_BEXCEPTION(written.Read(MakeLayer()), BReadWriteMismatchException, "BShpFile::Read", "");
+    EXPECT_BEXCEPTION(written.GetFeatureMBRAt(0), BReadWriteMismatchException,
+                      "BShpFile::ReadFeature", "");
+}
+
+TEST(ShpWritingTest, KeepsTheNullShapeOfAFeatureWhoseAttributesFail) {
+    TemporaryFolder const folder;
+    {
+        BShpFile file;
+        file.Open(folder.File("a.shp"), BShpFile::writeMode, true, "");
+        EXPECT_THROW(file.WriteFeature(FeatureNamed("a")), BAttributeDataException);
+        EXPECT_EQ(file.GetRecordCount(), 1U);
+    }
+    EXPECT_EQ(ReadFile(folder.Path() / "a.shp").size(), 112U);
+}
+
+} // namespace
+
+} // namespace Ambrel::Test
