@@ -45,9 +45,12 @@ std::vector<std::uint32_t> DrawDot(QColor const& color, double diameter, int sid
 
 DotSprite::DotSprite(QColor const& color, double diameter)
     : side(static_cast<int>(std::ceil(diameter)) + 2) {
+    int const middle = side / 2;
     for (int phase = 0; phase < phases * phases; ++phase) {
-        double const x = side / 2 + (phase % phases + 0.5) / phases;
-        double const y = side / 2 + (phase / phases + 0.5) / phases;
+        int const column = phase % phases;
+        int const row = phase / phases;
+        double const x = middle + (column + 0.5) / phases;
+        double const y = middle + (row + 0.5) / phases;
         pixels[phase] = DrawDot(color, diameter, side, x, y);
     }
 }

@@ -43,8 +43,8 @@ std::size_t ReadAhead::TakeFromPiece(std::int64_t position, std::uint8_t* destin
     return count;
 }
 
-/// Whether `position` lies behind the piece, with a gap that is cheaper to read than to jump over or
-/// no larger than the piece.
+/// Whether `position` lies behind the piece, with a gap that is cheaper to read than to jump over
+/// or no larger than the piece.
 bool ReadAhead::IsForward(std::int64_t position) const noexcept {
     auto const size = static_cast<std::int64_t>(filled);
     std::int64_t const gap = position - start - size;

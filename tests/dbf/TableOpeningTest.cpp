@@ -110,7 +110,8 @@ TEST_F(TableOpening, HeaderLengthSaysHowManyDescriptorsThereAre) {
 TEST_F(TableOpening, SchemaIsReadAgainAndHasTheDescriptorsThatTheFileHolds) {
     LogCapture log;
     BDbfFile table;
-    BString const path = Write(TableBuilder().Field("NAME", 'C', 5).Field("SECOND", 'N', 5).Row({"name", "1"}));
+    BString const path =
+        Write(TableBuilder().Field("NAME", 'C', 5).Field("SECOND", 'N', 5).Row({"name", "1"}));
     table.Open(path, 1, true);
     EXPECT_EQ(log.Lines(),
               (std::vector<LogLine>{

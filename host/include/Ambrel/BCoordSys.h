@@ -29,8 +29,8 @@ public:
 
     BString const& GetName() const noexcept { return name; }
     /// The EPSG code, where the system is one of that register: stated in the text, or the only one
-    /// that PROJ holds for the same. It is looked for at the first call, which may take a tenth of a
-    /// second.
+    /// that PROJ holds for the same. It is looked for at the first call, which may take a tenth of
+    /// a second.
     std::optional<int> GetEpsgCode() const;
 
     /// The transformation to WGS 84, longitude first, in degrees. It may outlive this object.
