@@ -22,9 +22,11 @@ fs::path FindPlugIn() {
         fs::path const path = wanted;
         return fs::is_directory(path, error) ? path / moduleName : path;
     }
-    fs::path const program = fs::read_symlink("/proc/self/exe", error);
-    fs::path const beside = program.parent_path().parent_path() / "lib/ambrel" / moduleName;
-    return fs::exists(beside, error) ? beside : fs::path(AMBREL_PLUGIN_FOLDER) / moduleName;
+    fs::path const folder = fs::read_symlink("/proc/self/exe", error).parent_path();
+    fs::path const installed = (folder / AMBREL_PLUGIN_FOLDER / moduleName).lexically_normal();
+    // The build tree has no folder for the architecture.
+    fs::path const built = folder.parent_path() / "lib/ambrel" / moduleName;
+    return fs::exists(built, error) ? built : installed;
 }
 
 BException LoadFailure(std::string const& reason) {

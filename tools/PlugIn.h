@@ -5,9 +5,9 @@
 namespace Ambrel::Tool {
 
 /// The plug-in that serves shapefiles, loaded at the first call and kept until the process ends:
-/// from the file or folder that the environment variable AMBREL_PLUGIN_PATH names, else from
-/// "../lib/ambrel" beside the program's folder, else from where it was installed. Throws a
-/// BException that tells what was tried.
+/// from the file or folder that the environment variable AMBREL_PLUGIN_PATH names, else from where
+/// it was built or installed, relative to the program. Throws a BException that tells what was
+/// tried.
 BDataManagerProxy& ShapefilePlugIn();
 
 } // namespace Ambrel::Tool

@@ -36,9 +36,11 @@ void Source::Destroy::operator()(BDataReader* reader) const {
 }
 
 Source::Source(Console& console, BString const& path, SourceOptions const& options)
-    : encoding(console, path, options.encoding),
-      reader(ShapefilePlugIn().CreateReader(BString(), OptionsOfReader(options.mode), nullptr,
+    : reader(ShapefilePlugIn().CreateReader(BString(), OptionsOfReader(options.mode), nullptr,
                                             BLogger::Instance())) {
+    if (options.useAttributes || !options.encoding.empty()) {
+        encoding.emplace(console, path, options.encoding);
+    }
     reader->Open(path, OptionsOfOpen(options));
     layer = reader->GetLayers().GetAt(0);
 }

@@ -5,6 +5,7 @@
 #include "Ambrel/BDataManager.h"
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -42,7 +43,7 @@ private:
         void operator()(BDataReader* reader) const;
     };
 
-    EncodingScope encoding;
+    std::optional<EncodingScope> encoding; ///< none where no text is asked for
     std::unique_ptr<BDataReader, Destroy> reader;
     BSharedPtr<BLayer> layer;
 };

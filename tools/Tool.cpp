@@ -33,8 +33,10 @@ std::vector<T> ParseNumbers(std::string const& option, std::string const& text, 
         bool const endsWell =
             isLast ? result.ptr == end : result.ptr != end && *result.ptr == separator;
         if (result.ec != std::errc() || !endsWell) {
-            throw UsageException(option + ": \"" + text + "\" is not " + std::to_string(count) +
-                                 " numbers with '" + separator + "' between them");
+            std::string problem = option + ": \"" + text + "\" is not " + std::to_string(count);
+            problem += " numbers with '";
+            problem += separator;
+            throw UsageException(problem + "' between them");
         }
         numbers.push_back(number);
         position = result.ptr + (isLast ? 0 : 1);

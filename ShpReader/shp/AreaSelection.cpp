@@ -19,8 +19,8 @@ bool IsCandidate(BRect const& rectangle) noexcept {
 template <class Visit>
 void BShpFile::VisitRecordsInArea(char const* operation, BRect const& area, Visit visit) const {
     RequireMode(readMode, "BShpFile::ReadFeature");
-    std::unique_ptr<QFile> const handle = OpenForReading(operation, fileName);
-    RecordAccess access = AccessPrivately(*handle, RecordAccess::scanPiece);
+    PrivateFile main(operation, fileName);
+    RecordAccess access = AccessPrivately(main, RecordAccess::scanPiece);
     ContentBuffer buffer;
     for (std::uint32_t index = 0; index < recordCount; ++index) {
         BRect const rectangle =

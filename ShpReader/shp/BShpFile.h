@@ -159,7 +159,7 @@ private:
     void RequireIndex(std::uint64_t index, char const* operation) const;
     std::shared_ptr<IndexCopy const> HoldIndex() const;
     /// Access through a private handle on the main file.
-    RecordAccess AccessPrivately(QFile& mainHandle, std::size_t piece) const;
+    RecordAccess AccessPrivately(PrivateFile& main, std::size_t piece) const;
     RecordAccess AccessShared(std::size_t piece);
     RecordContent
     ReadRecord(std::uint32_t index, RecordAccess& access, ContentBuffer& buffer, bool reuseBuffers,

@@ -1,20 +1,13 @@
 #include "ShpReader/shp/RecordAccess.h"
 
 #include "Ambrel/BException.h"
-#include "Ambrel/BFileUtilities.h"
+
+#include <QFileInfo>
 
 #include <array>
 #include <new>
 
 namespace Ambrel {
-
-namespace {
-
-std::uint64_t SizeOf(QFile const& file) {
-    return static_cast<std::uint64_t>(std::max<qint64>(file.size(), 0));
-}
-
-} // namespace
 
 bool ContentBuffer::Provide(std::uint32_t size) noexcept {
     if (bytes && size <= capacity) {
@@ -31,22 +24,21 @@ void ContentBuffer::Release() noexcept {
     capacity = 0;
 }
 
-std::unique_ptr<QFile> OpenForReading(char const* operation, BString const& path) {
-    auto handle = std::make_unique<QFile>(MakeQString(path));
+PrivateFile::PrivateFile(char const* operation, BString const& path) : handle(MakeQString(path)) {
     // A pipe or a device that has taken the file's place would block: only regular files are
     // opened.
-    if (!BFileUtilities::Exists(path) ||
-        !handle->open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
+    QFileInfo const info(handle.fileName());
+    if (!info.isFile() || !handle.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
         throw BFileNotFoundException(operation, path);
     }
-    return handle;
+    size = static_cast<std::uint64_t>(info.size());
 }
 
-RecordAccess::RecordAccess(QFile& mainHandle, std::shared_ptr<IndexCopy const> newIndexCopy,
-                           QFile* newIndexHandle, BString const& newIndexPath, std::size_t piece)
-    : mainSize(SizeOf(mainHandle)), main(mainHandle, mainSize, piece),
-      indexCopy(std::move(newIndexCopy)), indexHandle(newIndexHandle), indexPath(newIndexPath),
-      largestPiece(piece) {}
+RecordAccess::RecordAccess(QFile& mainHandle, std::uint64_t newMainSize,
+                           std::shared_ptr<IndexCopy const> newIndexCopy, QFile* newIndexHandle,
+                           BString const& newIndexPath, std::size_t piece)
+    : mainSize(newMainSize), main(mainHandle, mainSize, piece), indexCopy(std::move(newIndexCopy)),
+      indexHandle(newIndexHandle), indexPath(newIndexPath), largestPiece(piece) {}
 
 ShpIndexEntry RecordAccess::FindEntry(std::uint32_t recordIndex) {
     std::array<std::uint8_t, ShpIndexEntry::size> entry{};
@@ -58,10 +50,10 @@ ShpIndexEntry RecordAccess::FindEntry(std::uint32_t recordIndex) {
     }
     if (!index) {
         if (!indexHandle) {
-            ownIndexHandle = OpenForReading("BShpFile::ReadRecord", indexPath);
-            indexHandle = ownIndexHandle.get();
+            ownIndex = std::make_unique<PrivateFile>("BShpFile::ReadRecord", indexPath);
+            indexHandle = &ownIndex->handle;
         }
-        index.emplace(*indexHandle, SizeOf(*indexHandle), largestPiece);
+        index.emplace(*indexHandle, static_cast<std::uint64_t>(indexHandle->size()), largestPiece);
     }
     index->Read(ShpIndexEntry::PositionOf(recordIndex), entry.data(), entry.size(), entry.size());
     return ShpIndexEntry::Decode(entry.data());

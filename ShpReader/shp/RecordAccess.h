@@ -30,9 +30,15 @@ struct ContentBuffer {
     void Release() noexcept;
 };
 
-/// A new handle, open for reading; throws BFileNotFoundException (operation, path) when `path` is
-/// no regular file or does not open.
-std::unique_ptr<QFile> OpenForReading(char const* operation, BString const& path);
+/// A handle of one operation's own, open for reading, and the file's size in bytes when it was
+/// opened. Throws BFileNotFoundException (operation, path) when the path is no regular file or does
+/// not open.
+struct PrivateFile {
+    PrivateFile(char const* operation, BString const& path);
+
+    QFile handle;
+    std::uint64_t size;
+};
 
 /// One operation's way to the records of a main file: its handles, what it reads ahead, and its
 /// hold on the index in memory.
@@ -41,11 +47,12 @@ public:
     /// How much a scan reads at once, in bytes.
     static constexpr std::size_t scanPiece = 256 * 1024;
 
-    /// `mainHandle` is open and outlives this. Index entries come from `indexCopy`; where that is
-    /// null, through `indexHandle`, or when that is null too, through a handle on `indexPath` made
-    /// at the first need. `piece`: see ReadAhead.
-    RecordAccess(QFile& mainHandle, std::shared_ptr<IndexCopy const> newIndexCopy,
-                 QFile* newIndexHandle, BString const& newIndexPath, std::size_t piece);
+    /// `mainHandle` is open and outlives this; its file has `newMainSize` bytes. Index entries come
+    /// from `indexCopy`; where that is null, through `indexHandle`, or when that is null too,
+    /// through a handle on `indexPath` made at the first need. `piece`: see ReadAhead.
+    RecordAccess(QFile& mainHandle, std::uint64_t newMainSize,
+                 std::shared_ptr<IndexCopy const> newIndexCopy, QFile* newIndexHandle,
+                 BString const& newIndexPath, std::size_t piece);
 
     /// The entry of record `index`; zeros where the file does not hold it. Throws
     /// BFileNotFoundException ("BShpFile::ReadRecord", the path of the index).
@@ -72,7 +79,7 @@ private:
     QFile* indexHandle;
     BString indexPath;
     std::size_t largestPiece;
-    std::unique_ptr<QFile> ownIndexHandle;
+    std::unique_ptr<PrivateFile> ownIndex;
     std::optional<ReadAhead> index;
 };
 

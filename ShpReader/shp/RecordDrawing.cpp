@@ -118,8 +118,8 @@ void BShpFile::RenderFeatures(std::vector<std::uint64_t> const& indexes,
                               BRenderer const* renderer) const {
     constexpr char const* operation = "BShpFile::RenderFeatures";
     RequireMode(readMode, operation);
-    std::unique_ptr<QFile> const handle = OpenForReading(operation, fileName);
-    RecordAccess access = AccessPrivately(*handle, RecordAccess::scanPiece);
+    PrivateFile main(operation, fileName);
+    RecordAccess access = AccessPrivately(main, RecordAccess::scanPiece);
     ContentBuffer buffer;
     for (std::uint64_t const index : indexes) {
         RequireIndex(index, operation);

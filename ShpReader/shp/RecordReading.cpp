@@ -28,8 +28,8 @@ std::shared_ptr<IndexCopy const> BShpFile::HoldIndex() const {
     return indexBuffer;
 }
 
-RecordAccess BShpFile::AccessPrivately(QFile& mainHandle, std::size_t piece) const {
-    return {mainHandle, HoldIndex(), nullptr, indexFileName, piece};
+RecordAccess BShpFile::AccessPrivately(PrivateFile& main, std::size_t piece) const {
+    return {main.handle, main.size, HoldIndex(), nullptr, indexFileName, piece};
 }
 
 RecordAccess BShpFile::AccessShared(std::size_t piece) {
@@ -38,7 +38,9 @@ RecordAccess BShpFile::AccessShared(std::size_t piece) {
         throw BFileNotFoundException("BShpFile::Read", fileName);
     }
     QFile* const openIndex = indexFile && indexFile->isOpen() ? indexFile.get() : nullptr;
-    return {*mainFile, HoldIndex(), openIndex, indexFileName, piece};
+    return {*mainFile,     static_cast<std::uint64_t>(mainFile->size()),
+            HoldIndex(),   openIndex,
+            indexFileName, piece};
 }
 
 /// The content of record `index`, of which at most `mostBytes` are read, in `buffer`. The length in
@@ -92,10 +94,10 @@ BSharedPtr<BFeature> BShpFile::ReadFeature(std::uint64_t index, bool complete) {
 }
 
 BSharedPtr<BFeature> BShpFile::FetchFeature(std::uint32_t index, bool complete) {
-    std::unique_ptr<QFile> const handle = OpenForReading("BShpFile::ReadFeature", fileName);
+    PrivateFile main("BShpFile::ReadFeature", fileName);
     // Large enough to fetch header and content of common records at once.
     constexpr std::size_t piece = 4096;
-    RecordAccess access = AccessPrivately(*handle, piece);
+    RecordAccess access = AccessPrivately(main, piece);
     ContentBuffer buffer;
     RecordContent const content = ReadRecord(index, access, buffer, false);
     return Read(index, content, complete, false);

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 
@@ -246,6 +247,24 @@ TEST_F(Export, WritesCsvWithWellKnownText) {
                                        "csv", "--no-attributes"});
         EXPECT_EQ(alone.out, std::string("wkt\r\n") + c.wkt + "\r\n");
     }
+}
+
+TEST_F(Export, FindsLesothoInAHoleOfSouthAfrica) {
+    // The two neighbours share the whole border of the enclave.
+    Json const features = RunForJson({"export", EXAMPLES_FOLDER "/countries.shp"})["features"];
+    EXPECT_EQ(features.size(), 177U);
+    auto const ringsOf = [&](std::string const& name) {
+        auto const found = std::find_if(features.begin(), features.end(), [&](Json const& feature) {
+            return feature["properties"]["name"] == name;
+        });
+        return found == features.end() ? Json() : (*found)["geometry"]["coordinates"];
+    };
+    Json const outer = ringsOf("South Africa");
+    Json const enclave = ringsOf("Lesotho");
+    ASSERT_EQ(outer.size(), 2U);
+    ASSERT_EQ(enclave.size(), 1U);
+    EXPECT_TRUE(std::is_permutation(outer[1].begin() + 1, outer[1].end(), enclave[0].begin() + 1,
+                                    enclave[0].end()));
 }
 
 TEST_F(Export, StopsAtARecordThatThrows) {
