@@ -4,8 +4,16 @@
 
 #include <gtest/gtest.h>
 
+#include <ostream>
 #include <string>
 #include <typeinfo>
+
+namespace Ambrel {
+
+/// Lets a failing comparison print texts.
+inline void PrintTo(BString const& text, std::ostream* out) { *out << '"' << text.Ascii() << '"'; }
+
+} // namespace Ambrel
 
 namespace Ambrel::Test {
 
