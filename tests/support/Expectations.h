@@ -11,7 +11,9 @@
 namespace Ambrel {
 
 /// Lets a failing comparison print texts.
-inline void PrintTo(BString const& text, std::ostream* out) { *out << '"' << text.Ascii() << '"'; }
+inline void PrintTo(BString const& text, std::ostream* out) {
+    *out << '"' << text.Ascii() << '"';
+}
 
 } // namespace Ambrel
 
