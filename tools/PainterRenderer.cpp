@@ -1,7 +1,5 @@
 #include "PainterRenderer.h"
 
-#include <QPainterPath>
-
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
@@ -137,7 +135,7 @@ bool PainterRenderer::DrawPolygon(Gdiplus::Point const* points, int count, int c
         });
         return true;
     }
-    QPainterPath path;
+    path.clear();
     path.setFillRule(Qt::OddEvenFill);
     ForEachPart(count, partStarts, partCount, [&](int first, int size) {
         path.addPolygon(Simplify(points + first, size));

@@ -7,6 +7,7 @@
 #include "Ambrel/BRenderer.h"
 
 #include <QPainter>
+#include <QPainterPath>
 #include <QPolygonF>
 
 namespace Ambrel::Tool {
@@ -38,7 +39,8 @@ private:
     MapWindow const& window;
     LayerStyle style;
     DotSprite dot;
-    mutable QPolygonF vertices; ///< kept for its room
+    mutable QPolygonF vertices; ///< kept, like the path, for its room
+    mutable QPainterPath path;
 };
 
 } // namespace Ambrel::Tool
