@@ -1,0 +1,122 @@
+#include <Ambrel/Ambrel.h>
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <ostream>
+#include <string_view>
+
+#include <dlfcn.h>
+
+namespace Ambrel::Test {
+
+namespace {
+
+/// The module, loaded by nobody else; unloaded when this object goes.
+class Module {
+public:
+    Module() : handle(dlopen(MODULE_FILE, RTLD_NOW | RTLD_LOCAL)) {}
+    Module(Module const&) = delete;
+    Module& operator=(Module const&) = delete;
+    ~Module() { EXPECT_EQ(dlclose(handle), 0); }
+
+    static bool IsLoaded() {
+        void* const loaded = dlopen(MODULE_FILE, RTLD_NOW | RTLD_NOLOAD);
+        if (loaded) {
+            dlclose(loaded); // what was found was taken hold of too
+        }
+        return loaded != nullptr;
+    }
+
+    BDataManagerProxy& Proxy() const {
+        using Entry = BDataManagerProxy* (*)();
+        return *reinterpret_cast<Entry>(dlsym(handle, "GetDataMgrProxy"))();
+    }
+
+private:
+    void* handle;
+};
+
+struct DestroyReader {
+    Module const& module;
+    void operator()(BDataReader* reader) const { module.Proxy().DestroyObject(reader); }
+};
+
+/// The file's layer; its reader and the module have gone.
+BSharedPtr<BLayer> ReadAndUnload(BString const& path, BParamList const& options) {
+    Module const module;
+    std::unique_ptr<BDataReader, DestroyReader> const reader(
+        module.Proxy().CreateReader(path, options, nullptr, nullptr), DestroyReader{module});
+    EXPECT_TRUE(Module::IsLoaded());
+    reader->Open(path, BParamList());
+    reader->Read();
+    return reader->GetLayers().GetAt(0);
+}
+
+/// Uses every kind of object that a feature consists of.
+std::uint64_t Walk(BFeature const& feature) {
+    std::uint64_t bytes = 0;
+    for (std::uint64_t i = 0; i < feature.attributes.GetCount(); ++i) {
+        BAttribute const& attribute = feature.attributes.GetAt(i);
+        bytes += attribute.GetName().Utf8().size();
+        bytes += attribute.GetValue().GetValueAsString("").Utf8().size();
+    }
+    for (BKeyValuePairs::Entry const& entry : feature.GetMetadata()) {
+        bytes += entry.key.Utf8().size() + entry.value.GetValueAsString("").Utf8().size();
+    }
+    EXPECT_EQ(feature.GetMetadata().GetString(CMN_ORIGINAL_FORMAT), DS_SHP);
+    EXPECT_FALSE(feature.Clone()->ComputeMBR().IsEmpty());
+    return bytes;
+}
+
+struct UnloadingCase {
+    char const* file;
+    bool inDiskCache;
+    int times;
+};
+
+std::ostream& operator<<(std::ostream& stream, UnloadingCase const& value) {
+    return stream << value.file << (value.inDiskCache ? " in the disk cache" : " in memory");
+}
+
+class UnloadingTest : public testing::TestWithParam<UnloadingCase> {};
+
+TEST_P(UnloadingTest, LayersOutliveTheModule) {
+    BParamList options;
+    options.Add(OPTION_DISK_CACHE, GetParam().inDiskCache);
+    for (int time = 0; time < GetParam().times; ++time) {
+        BSharedPtr<BLayer> const held =
+            ReadAndUnload(BString::Format(EXAMPLES_FOLDER "/%s.shp", GetParam().file), options);
+        ASSERT_FALSE(Module::IsLoaded());
+        auto& layer = dynamic_cast<BVectorLayer&>(*held);
+        EXPECT_EQ(layer.name, GetParam().file);
+        EXPECT_EQ(layer.GetCoordSys()->GetName(), "WGS 84");
+        EXPECT_GT(layer.GetFeatures().GetCount(), 0U);
+        std::uint64_t bytes = 0;
+        for (std::uint64_t i = 0; i < layer.GetFeatures().GetCount(); ++i) {
+            bytes += Walk(*layer.GetFeatures().GetAt(i));
+        }
+        EXPECT_GT(bytes, layer.GetFeatures().GetCount());
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Package, UnloadingTest,
+                         testing::Values(UnloadingCase{"countries", false, 100},
+                                         UnloadingCase{"rivers", false, 3},
+                                         UnloadingCase{"cities", true, 3}));
+
+TEST(ModuleTest, ExceptionsOutliveTheModule) {
+    try {
+        ReadAndUnload("missing.shp", BParamList());
+        FAIL() << "a missing file opens";
+    } catch (BDataManagerException const& failure) {
+        ASSERT_FALSE(Module::IsLoaded());
+        EXPECT_STREQ(failure.GetClassName(), "BFileNotFoundException");
+        EXPECT_EQ(failure.GetOperation(), "BShpFile::Open");
+        EXPECT_NE(failure.GetMessage().Utf8().find("missing.shp"), std::string_view::npos);
+    }
+}
+
+} // namespace
+
+} // namespace Ambrel::Test

@@ -1,0 +1,63 @@
+# Completion of ambrel-shp for bash.
+
+_ambrel_shp_shapefiles() {
+    local path
+    compopt -o filenames 2> /dev/null
+    while IFS= read -r path; do
+        if [[ -d $path || ${path,,} == *.shp ]]; then
+            COMPREPLY+=("$path")
+        fi
+    done < <(compgen -f -- "$1")
+}
+
+_ambrel_shp_words() {
+    mapfile -t COMPREPLY < <(compgen -W "$1" -- "$2")
+}
+
+_ambrel_shp() {
+    local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}
+    local commands="info export check select draw" command="" word
+    COMPREPLY=()
+
+    for word in "${COMP_WORDS[@]:1:COMP_CWORD-1}"; do
+        if [[ " $commands " == *" $word "* ]]; then
+            command=$word
+            break
+        fi
+    done
+
+    case $previous in
+        -o | --output)
+            compopt -o filenames 2> /dev/null
+            mapfile -t COMPREPLY < <(compgen -f -- "$current")
+            return
+            ;;
+        --format) _ambrel_shp_words "geojson csv" "$current"; return ;;
+        --mode) _ambrel_shp_words "stream memory cache direct" "$current"; return ;;
+        --encoding) _ambrel_shp_words "UTF-8 1252 1250 ISO-8859-1 ISO-8859-2 850 Big5" "$current"; return ;;
+        --bbox | --z-attribute | --size | --style) return ;;
+    esac
+
+    if [[ $current == -* ]]; then
+        local options="--help --verbose"
+        case $command in
+            "") options+=" --version" ;;
+            info) options+=" --json --encoding" ;;
+            export)
+                options+=" --output --format --bbox --to-wgs84 --no-attributes --z-attribute"
+                options+=" --encoding --mode"
+                ;;
+            select) options+=" --bbox --json" ;;
+            draw) options+=" --output --size --bbox --style" ;;
+        esac
+        _ambrel_shp_words "$options" "$current"
+        return
+    fi
+
+    if [[ -z $command ]]; then
+        _ambrel_shp_words "$commands" "$current"
+    fi
+    _ambrel_shp_shapefiles "$current"
+}
+
+complete -F _ambrel_shp ambrel-shp
