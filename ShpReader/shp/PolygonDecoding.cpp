@@ -7,6 +7,7 @@
 #include "ShpReader/shp/RecordFaults.h"
 #include "ShpReader/shp/Vertices.h"
 
+#include <span>
 #include <vector>
 
 namespace Ambrel {
@@ -16,16 +17,24 @@ namespace {
 using Ring = BSharedPtr<BPolygon>;
 
 /// A shell, and behind it the holes that were accepted into it. Never empty.
-using RingGroup = std::vector<Ring>;
+using RingGroup = std::span<Ring const>;
+
+/// The rings of a record in their order, and where among them each group starts.
+struct RingGroups {
+    std::vector<Ring> rings;
+    std::vector<std::size_t> starts;
+
+    std::size_t Count() const noexcept { return starts.size(); }
+    RingGroup operator[](std::size_t group) const noexcept {
+        std::size_t const end = group + 1 < starts.size() ? starts[group + 1] : rings.size();
+        return RingGroup(rings).subspan(starts[group], end - starts[group]);
+    }
+};
 
 /// A ring whose last vertex repeats its first.
 Ring ReadRing(VertexRecord const& record, std::size_t first, std::size_t count, bool is3d) {
     Ring ring(new BPolygon);
-    BPoints points;
-    points.Reserve(count + 1);
-    for (std::size_t i = first; i < first + count; ++i) {
-        points.Add(ReadVertex(record, i));
-    }
+    BPoints points = ReadVertices(record, first, count, 1);
     if (!(points.GetAt(0) == points.GetLast())) {
         points.Add(BPoint(points.GetAt(0)));
     }
@@ -45,9 +54,8 @@ public:
         if (ring->GetOrientation() == ORIENTATION_CLOCKWISE) {
             StartGroup(std::move(ring));
             afterShell = true;
-        } else if ((afterShell || afterHole) &&
-                   groups.back().front()->Contains(ring->GetPoints())) {
-            groups.back().push_back(std::move(ring));
+        } else if ((afterShell || afterHole) && LastShell().Contains(ring->GetPoints())) {
+            groups.rings.push_back(std::move(ring));
             afterShell = false;
             afterHole = true;
         } else {
@@ -56,11 +64,13 @@ public:
         }
     }
 
-    std::vector<RingGroup> groups;
+    RingGroups groups;
 
 private:
+    BPolygon const& LastShell() const { return *groups.rings[groups.starts.back()]; }
     void StartGroup(Ring ring) {
-        groups.emplace_back().push_back(std::move(ring));
+        groups.starts.push_back(groups.rings.size());
+        groups.rings.push_back(std::move(ring));
         afterShell = false;
         afterHole = false;
     }
@@ -69,8 +79,9 @@ private:
     bool afterHole = false;  ///< the ring just handled was accepted as a hole
 };
 
-std::vector<RingGroup> ReadRings(std::uint32_t index, VertexRecord const& record, bool is3d) {
+RingGroups ReadRings(std::uint32_t index, VertexRecord const& record, bool is3d) {
     RingSorter sorter;
+    sorter.groups.rings.reserve(record.PartCount());
     std::size_t next = 0;
     for (std::size_t part = 0; part < record.PartCount(); ++part) {
         std::size_t const size = record.PartSize(part);
@@ -86,29 +97,30 @@ std::vector<RingGroup> ReadRings(std::uint32_t index, VertexRecord const& record
     return std::move(sorter.groups);
 }
 
-/// The rings' vertices as fresh polygons; the rings are left empty.
-BSharedPtr<BAreaGeo> MakeDonut(RingGroup const& group) {
+/// The polygons of a donut are as a host makes them: their 3D flag is not set. The rings of the
+/// group serve as these, since nobody else holds them.
+BSharedPtr<BAreaGeo> MakeDonut(RingGroup group) {
     auto* const donut = new BDonut;
     BSharedPtr<BAreaGeo> area(donut);
     donut->ReserveHoles(group.size() - 1);
     for (Ring const& ring : group) {
-        auto* const polygon = new BPolygon;
-        BSharedPtr<BAreaGeo> const fresh(polygon);
-        polygon->SetPoints(ring->TakePoints());
+        ring->is3d = 0;
         if (&ring == &group.front()) {
-            donut->SetShell(fresh);
+            ring->SetPoints(ring->TakePoints()); // Lets go of what matching its holes has built up.
+            donut->SetShell(ring);
         } else {
-            donut->AddHole(fresh);
+            donut->AddHole(ring);
         }
     }
     return area;
 }
 
-BSharedPtr<BGeometry> MakeAggregateArea(std::vector<RingGroup> const& groups) {
+BSharedPtr<BGeometry> MakeAggregateArea(RingGroups const& groups) {
     auto* const members = new BAggregateArea;
     BSharedPtr<BGeometry> geometry(members);
-    members->Reserve(groups.size());
-    for (RingGroup const& group : groups) {
+    members->Reserve(groups.Count());
+    for (std::size_t i = 0; i < groups.Count(); ++i) {
+        RingGroup const group = groups[i];
         members->Add(group.size() == 1 ? BSharedPtr<BAreaGeo>(group.front()) : MakeDonut(group));
     }
     return geometry;
@@ -123,9 +135,9 @@ BSharedPtr<BGeometry> MakeSinglePolygon(VertexRecord const& record) {
 }
 
 BSharedPtr<BGeometry> MakeFromRings(std::uint32_t index, VertexRecord const& record, bool is3d) {
-    std::vector<RingGroup> const groups = ReadRings(index, record, is3d);
-    return groups.size() == 1 ? BSharedPtr<BGeometry>(MakeDonut(groups.front()))
-                              : MakeAggregateArea(groups);
+    RingGroups const groups = ReadRings(index, record, is3d);
+    return groups.Count() == 1 ? BSharedPtr<BGeometry>(MakeDonut(groups[0]))
+                               : MakeAggregateArea(groups);
 }
 
 } // namespace

@@ -9,9 +9,11 @@
 #include <cstring>
 #include <limits>
 #include <memory>
+#include <mutex>
 #include <new>
 #include <stdexcept>
 #include <string>
+#include <unordered_map>
 
 namespace Ambrel {
 
@@ -20,6 +22,19 @@ namespace {
 std::atomic<QTextCodec const*> textCodec{nullptr};
 
 } // namespace
+
+/// The wide forms of the texts that have been asked for one, each made once and freed with its
+/// text.
+struct BString::WideTexts {
+    std::mutex lock;
+    std::unordered_map<Rep const*, std::unique_ptr<wchar_t[]>> texts;
+
+    static WideTexts& Instance() {
+        // Never destroyed: texts with static storage duration may outlive any order of destruction.
+        static WideTexts* const instance = new WideTexts;
+        return *instance;
+    }
+};
 
 BString::BString(char const* text) : BString(text, text ? std::strlen(text) : 0) {}
 
@@ -81,15 +96,19 @@ void BString::DecodeByDefault(char const* text, std::size_t size) {
 }
 
 BString::Rep* BString::Allocate(std::size_t size) {
-    if (size > std::numeric_limits<std::uint32_t>::max()) {
-        throw std::length_error("text longer than 4 GiB");
+    if (size >= Rep::wideFlag) {
+        throw std::length_error("text longer than 2 GiB");
     }
     void* const memory = ::operator new(sizeof(Rep) + size + 1);
-    return new (memory) Rep{{1}, static_cast<std::uint32_t>(size), {nullptr}};
+    return new (memory) Rep{{1}, {static_cast<std::uint32_t>(size)}};
 }
 
 void BString::Free(Rep* rep) noexcept {
-    delete[] rep->wide.load(std::memory_order_relaxed);
+    if (rep->sizeAndFlag.load(std::memory_order_relaxed) & Rep::wideFlag) {
+        WideTexts& wide = WideTexts::Instance();
+        std::lock_guard const hold(wide.lock);
+        wide.texts.erase(rep);
+    }
     rep->~Rep();
     ::operator delete(rep);
 }
@@ -109,16 +128,15 @@ wchar_t const* BString::c_str() const {
     if (!rep) {
         return L"";
     }
-    wchar_t* wide = rep->wide.load(std::memory_order_acquire);
-    if (wide) {
-        return wide;
+    WideTexts& wide = WideTexts::Instance();
+    std::lock_guard const hold(wide.lock);
+    std::unique_ptr<wchar_t[]>& text = wide.texts[rep];
+    if (!text) {
+        // Flagged first: should there be no memory, the empty entry still goes with the text.
+        rep->sizeAndFlag.fetch_or(Rep::wideFlag, std::memory_order_relaxed);
+        text = Unicode::ToWide(Utf8());
     }
-    // Several threads may hold this text and ask at once: the first to be ready is the one seen.
-    std::unique_ptr<wchar_t[]> made = Unicode::ToWide(Utf8());
-    if (rep->wide.compare_exchange_strong(wide, made.get(), std::memory_order_acq_rel)) {
-        return made.release();
-    }
-    return wide;
+    return text.get();
 }
 
 BString BString::Left(std::uint64_t count) const {

@@ -26,6 +26,8 @@ class BPoints final {
 public:
     void Add(BPoint const& point) { points.Emplace(point); }
     void Reserve(std::uint64_t count) { points.Reserve(count); }
+    /// Adds `count` vertices whose coordinates the caller sets, and returns the first of them.
+    BPoint* Extend(std::uint64_t count) { return points.Extend(count); }
     void Clear() noexcept { points.Clear(); }
     std::uint64_t GetCount() const noexcept { return points.Count(); }
     /// REQUIRES: index < GetCount().

@@ -21,7 +21,7 @@ namespace Ambrel {
 /// UTF-8 where the bytes are valid UTF-8 and as Windows-1252 where they are not.
 ///
 /// Strings may be read and copied by several threads at once; one object is changed by one thread
-/// at a time. Everything that allocates may throw std::bad_alloc; texts are limited to 4 GiB
+/// at a time. Everything that allocates may throw std::bad_alloc; texts are limited to 2 GiB
 /// (std::length_error).
 class AMBREL_API BString final {
 public:
@@ -58,7 +58,7 @@ public:
     char const* Ascii() const noexcept { return rep ? rep->Bytes() : ""; }
     /// The text as UTF-8, with its length in bytes; valid as Ascii() is.
     std::string_view Utf8() const noexcept {
-        return rep ? std::string_view(rep->Bytes(), rep->size) : std::string_view();
+        return rep ? std::string_view(rep->Bytes(), rep->Size()) : std::string_view();
     }
     /// The text as wide characters, NUL-terminated; valid as Ascii() is. Allocates at the first
     /// call.
@@ -84,14 +84,22 @@ public:
     static void SetCodec(QTextCodec const* codec) noexcept;
 
 private:
-    /// One shared text: this head, then the bytes and a NUL in the same allocation.
+    /// One shared text: this head, then the bytes and a NUL in the same allocation. Features hold
+    /// texts by the million, so the wide form, which few ask for, stands elsewhere.
     struct Rep {
+        static constexpr std::uint32_t wideFlag = 0x80000000U;
+
         std::atomic<std::uint32_t> holders;
-        std::uint32_t size; ///< bytes, without the NUL
-        std::atomic<wchar_t*> wide;
+        std::atomic<std::uint32_t>
+            sizeAndFlag; ///< bytes without the NUL; whether there is a wide form
+
+        std::uint32_t Size() const noexcept {
+            return sizeAndFlag.load(std::memory_order_relaxed) & ~wideFlag;
+        }
         char* Bytes() noexcept { return reinterpret_cast<char*>(this + 1); }
         char const* Bytes() const noexcept { return reinterpret_cast<char const*>(this + 1); }
     };
+    struct WideTexts;
 
     void Hold() const noexcept {
         if (rep) {

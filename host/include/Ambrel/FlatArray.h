@@ -6,6 +6,7 @@
 #include <memory>
 #include <new>
 #include <stdexcept>
+#include <type_traits>
 #include <utility>
 
 namespace Ambrel::detail {
@@ -66,6 +67,17 @@ public:
             return Append(std::move(element));
         }
         return Append(std::forward<Args>(args)...);
+    }
+
+    /// Adds `count` elements whose values the caller sets, and returns the first of them.
+    T* Extend(std::size_t count) {
+        static_assert(std::is_trivially_copyable_v<T>, "elements are left without a value");
+        Reserve(Count() + count);
+        T* const first = end();
+        if (count > 0) {
+            block->count += static_cast<std::uint32_t>(count);
+        }
+        return first;
     }
 
     /// REQUIRES: index < Count().
