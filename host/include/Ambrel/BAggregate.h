@@ -37,6 +37,7 @@ extern template class AMBREL_API BAggregate<BSharedPtr<BPointGeo>>;
 extern template class AMBREL_API BAggregate<BSharedPtr<BLinearGeo>>;
 extern template class AMBREL_API BAggregate<BSharedPtr<BAreaGeo>>;
 
+/// Several points as one geometry.
 class AMBREL_API BAggregatePoint final : public BAggregate<BSharedPtr<BPointGeo>> {
 public:
     BAggregatePoint() noexcept : BAggregate(GEO_AGGREGATE_POINT) {}
@@ -44,6 +45,7 @@ public:
     BSharedPtr<BGeometry> Clone() const override;
 };
 
+/// A line of several parts.
 class AMBREL_API BAggregateLinear final : public BAggregate<BSharedPtr<BLinearGeo>> {
 public:
     BAggregateLinear() noexcept : BAggregate(GEO_AGGREGATE_LINEAR) {}
@@ -51,6 +53,7 @@ public:
     BSharedPtr<BGeometry> Clone() const override;
 };
 
+/// An area of several parts, each with its own shell.
 class AMBREL_API BAggregateArea final : public BAggregate<BSharedPtr<BAreaGeo>> {
 public:
     BAggregateArea() noexcept : BAggregate(GEO_AGGREGATE_AREA) {}

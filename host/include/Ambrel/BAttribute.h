@@ -10,10 +10,10 @@ namespace Ambrel {
 /// The definition of one attribute: a column of a table.
 class AMBREL_API BAttributeDef final {
 public:
-    BString name;
+    BString name;              ///< of the column
     std::int32_t width = 0;    ///< bytes in a record of the table
     std::int32_t decimals = 0; ///< digits after the decimal point
-    bool isDate = false;
+    bool isDate = false;       ///< whether the values are dates: eight digits, year first
 
     void SetType(EVariantType newType) noexcept { type = newType; }
     EVariantType GetType() const noexcept { return type; }

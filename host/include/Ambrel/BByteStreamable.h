@@ -7,6 +7,7 @@
 
 namespace Ambrel {
 
+/// Bytes, as objects are turned into them.
 using BByteArray = std::vector<std::uint8_t>;
 
 /// Base of what can be turned into bytes and back. The bytes are for the same version of the
@@ -19,6 +20,7 @@ public:
 
     /// The size in bytes of what ToByteArray gives.
     virtual std::uint64_t ComputeSize() const = 0;
+    /// The object as bytes.
     virtual BByteArray ToByteArray() = 0;
     /// Replaces the object by what stands at `position` of the bytes, and moves the position behind
     /// it. Throws BFileContentNotValidException when the bytes are not what ToByteArray gave; the

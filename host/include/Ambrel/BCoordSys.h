@@ -27,6 +27,7 @@ public:
     /// be written.
     bool ToFile(BString const& path) const;
 
+    /// The name as PROJ has it, such as "WGS 84".
     BString const& GetName() const noexcept { return name; }
     /// The EPSG code, where the system is one of that register: stated in the text, or the only one
     /// that PROJ holds for the same. It is looked for at the first call, which may take a tenth of

@@ -36,17 +36,26 @@ public:
     BDataManager& operator=(BDataManager const&) = delete;
     virtual ~BDataManager();
 
+    /// Opens a source. `params`: options of the format. Throws BAlreadyOpenException, and what the
+    /// format throws: BFileNotFoundException, BFileContentNotValidException, …
     virtual void Open(BString const& fileName, BParamList const& params) = 0;
+    /// Lets go of the source's files. The layers stay.
     virtual void Close() = 0;
+    /// Whether QueryInfo answers the query.
     virtual bool CanQuery(BString const& query) = 0;
+    /// The answer to a query. Throws BUnsupportedCapabilityException for one that is not known, and
+    /// BNotOpenException.
     virtual BParamList QueryInfo(BString const& query) = 0;
     virtual bool IsOpen() = 0;
     /// The rectangle of all data: the answer to QUERY_DATA_EXTENTS, empty where there is none.
     virtual BRect GetMBR();
     /// The same with the Z range of the layers that have one.
     virtual BBox GetMBB();
+    /// What the options say about the disk cache.
     virtual bool UsingDiskCache() const;
+    /// Empty: the disk cache chooses a place.
     virtual BString GetDiskCacheBaseName();
+    /// Features in a page.
     virtual int GetDiskCachePageSize() const;
 
 protected:
@@ -54,13 +63,16 @@ protected:
     virtual bool ReportProgress(unsigned int done, unsigned int total);
 
 public:
+    /// The format that it serves, such as DS_SHP.
     BString const& GetFormat() const noexcept { return format; }
+    /// The layers of the opened source, in the order of its files.
     BLayers const& GetLayers() const noexcept { return layers; }
     EStatus GetStatus() const noexcept { return status; }
     /// The outcome of the last Open or Read: an EReadResult.
     std::int32_t GetReadResult() const noexcept { return readResult; }
     /// Sets the observer of reads, not owned; null for none.
     void SetProgress(BProgress* newProgress) noexcept { progress = newProgress; }
+    /// What the host gave when the object was created.
     BCoordSysRepository* GetRepository() const noexcept { return repository; }
     BLogger* GetLogger() const noexcept { return logger; }
 
@@ -88,9 +100,11 @@ private:
     BLogger* logger = nullptr;
 };
 
+/// Base of data managers that read.
 class AMBREL_API BDataReader : public BDataManager {
 public:
     ~BDataReader() override;
+    /// Fills the layers. Throws BNotOpenException, and what the format throws.
     virtual void Read() = 0;
 
 protected:
@@ -124,6 +138,7 @@ protected:
     virtual void ReadImpl() = 0;
 
 public:
+    /// Back to STATUS_READY.
     virtual void ResetStatus() = 0;
 };
 

@@ -14,6 +14,7 @@ public:
 
     /// Whether a reader made by this proxy opens the file. It is tried out; nothing is thrown.
     virtual bool CanRead(BString& fileName, BParamList const& params);
+    /// Whether the plug-in serves the format, such as DS_SHP.
     virtual bool SupportsFormat(BString const& format) = 0;
     /// Whether the plug-in writes the format. False, unless a plug-in says otherwise.
     virtual bool CanWrite(BString const& format, BParamList const& params);

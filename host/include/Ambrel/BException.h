@@ -15,10 +15,13 @@ public:
     BException& operator=(BException const&) noexcept = default;
     ~BException() override;
 
+    /// The message as UTF-8; valid while the exception lives.
     char const* what() const noexcept override { return message.Ascii(); }
+    /// "Ambrel Exception".
     BString const& GetCategory() const noexcept { return category; }
     /// Where it happened: class name, two colons, operation name.
     BString const& GetOperation() const noexcept { return operation; }
+    /// What is wrong, often a file name.
     BString const& GetMessage() const noexcept { return message; }
     /// The name of the exception's class.
     virtual char const* GetClassName() const noexcept;

@@ -6,6 +6,7 @@
 
 namespace Ambrel {
 
+/// File names and what can be asked of the files behind them.
 class AMBREL_API BFileUtilities final {
 public:
     /// The full path of a file name, without "." and ".." parts.

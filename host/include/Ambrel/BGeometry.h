@@ -34,7 +34,7 @@ enum EGeometryType : std::uint32_t {
 /// Base of all geometries. The type tells the class of the object without a virtual call.
 class AMBREL_API BGeometry {
 public:
-    EGeometryType type;
+    EGeometryType type;    ///< the class of the object
     std::uint8_t is3d = 0; ///< 1 when the Z of the vertices means something
 
     virtual ~BGeometry();
@@ -55,6 +55,7 @@ protected:
     BGeometry& operator=(BGeometry const&) noexcept = default;
 };
 
+/// A single position.
 class AMBREL_API BPointGeo final : public BGeometry {
 public:
     explicit BPointGeo(BPoint const& newPoint) noexcept : BGeometry(GEO_POINT), point(newPoint) {}
@@ -83,6 +84,7 @@ protected:
     BLinearGeo& operator=(BLinearGeo const&) noexcept = default;
 };
 
+/// One line: its vertices, in order.
 class AMBREL_API BPolyline final : public BLinearGeo {
 public:
     BPolyline() noexcept : BLinearGeo(GEO_POLYLINE) {}

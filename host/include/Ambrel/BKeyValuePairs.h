@@ -10,6 +10,7 @@ namespace Ambrel {
 /// Entries lie in one flat array and are found by walking it: a feature has two to seven.
 class AMBREL_API BKeyValuePairs {
 public:
+    /// A key with its value.
     struct Entry {
         BString key;
         BVariant value;

@@ -10,11 +10,12 @@
 
 namespace Ambrel {
 
+/// How much a log line matters; less is worse.
 enum ELogSeverity : std::uint32_t {
-    LOG_FATAL = 1,
-    LOG_WARNING = 2,
-    LOG_PROGRESS = 3,
-    LOG_DETAIL = 4,
+    LOG_FATAL = 1,    ///< a table that can not be read or written
+    LOG_WARNING = 2,  ///< a problem of the data that is tolerated
+    LOG_PROGRESS = 3, ///< the steps of opening, reading and closing
+    LOG_DETAIL = 4,   ///< about single layers and records
 };
 
 /// Takes the diagnostics of the host and its plug-ins. May be called from any thread.

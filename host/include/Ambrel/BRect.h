@@ -46,6 +46,7 @@ public:
     ~BBox() override;
 
     using BRect::Union;
+    /// Grows the box, its Z range too.
     void Union(BBox const& other) noexcept;
 };
 

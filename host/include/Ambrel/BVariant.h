@@ -8,6 +8,7 @@
 
 namespace Ambrel {
 
+/// The types of values.
 enum EVariantType : std::uint32_t {
     VAR_NONE = 0, ///< no value: null
     VAR_BYTE = 1, ///< signed 8-bit

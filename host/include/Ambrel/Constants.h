@@ -13,10 +13,13 @@ extern AMBREL_API BString const CMN_ORIGINAL_FORMAT;
 /// Feature metadata: the record that the feature comes from, counted from 0.
 extern AMBREL_API BString const CMN_RECORD_NUMBER;
 
-/// Options of readers; see BDataManager.
+/// Option of readers (boolean): leave features in the file. See BDataManager, here and below.
 extern AMBREL_API BString const OPTION_DIRECT_ACCESS;
+/// Option of readers (boolean): hold features in the disk cache.
 extern AMBREL_API BString const OPTION_DISK_CACHE;
+/// Option of readers (text): path and first part of the name of the cache's files.
 extern AMBREL_API BString const OPTION_DISK_CACHE_BASE_NAME;
+/// Option of readers (integer): features in a page of the cache.
 extern AMBREL_API BString const OPTION_DISK_CACHE_PAGE_SIZE;
 
 } // namespace Ambrel
