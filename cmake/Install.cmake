@@ -44,7 +44,7 @@ install(DIRECTORY examples DESTINATION ${CMAKE_INSTALL_DATADIR}/ambrel)
 set(doc_dir ${CMAKE_INSTALL_DATADIR}/doc/ambrel)
 install(FILES README.md DESTINATION ${doc_dir})
 install(FILES LICENSE DESTINATION ${doc_dir} RENAME copyright)
-install(FILES docs/architecture.md docs/embedding.md DESTINATION ${doc_dir}/docs)
+install(FILES docs/architecture.md docs/embedding.md docs/map.png DESTINATION ${doc_dir}/docs)
 install(FILES docs/ambrel-shp.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
 install(FILES tools/completions/ambrel-shp.bash
     DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions RENAME ambrel-shp)
@@ -59,17 +59,14 @@ set(CPACK_PACKAGE_DESCRIPTION
 them to GeoJSON and CSV. The package also holds the Ambrel core library, the
 plug-in that reads shapefiles for its hosts, and what is needed to develop them.")
 set(CPACK_RESOURCE_FILE_LICENSE ${PROJECT_SOURCE_DIR}/LICENSE)
-set(CPACK_PACKAGE_DIRECTORY ${PROJECT_BINARY_DIR}/packages)
 set(CPACK_VERBATIM_VARIABLES ON)
 set(CPACK_STRIP_FILES ON)
-set(CPACK_GENERATOR DEB TGZ)
+set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SECTION science)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${CMAKE_LIBRARY_OUTPUT_DIRECTORY})
-# Brings the trigger that lets the dynamic linker know libAmbrelDLL.
-set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
 # What a program needs that is built against the headers.
 set(CPACK_DEBIAN_PACKAGE_SUGGESTS "g++, cmake, qtbase5-dev")
 include(CPack)
