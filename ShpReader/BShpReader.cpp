@@ -6,6 +6,7 @@
 #include "Ambrel/Constants.h"
 #include "ShpReader/BShpFeatureCollection.h"
 
+#include <algorithm>
 #include <new>
 
 namespace Ambrel {
@@ -43,6 +44,10 @@ void BShpReader::OpenImpl(BString const& fileName, BParamList const& params) {
 
 void BShpReader::OpenFiles(BString const& fileName, BParamList const& params) {
     std::vector<BString> const paths = MakeFileList(fileName, L".shp", params);
+    // A failed Open leaves its files behind, and the host may have cleared their layers since.
+    if (files.size() > layers.GetCount()) {
+        files.resize(layers.GetCount());
+    }
     layers.Reserve(paths.size());
     files.reserve(paths.size());
     OpenOptions const options = ReadOptions(params);
@@ -129,7 +134,9 @@ void BShpReader::CancelRead() {
 }
 
 void BShpReader::ReadFiles() {
-    for (std::uint32_t index = 0; index < files.size(); ++index) {
+    // After a cancelled read there are files without layers, and so nothing to fill.
+    std::uint64_t const count = std::min<std::uint64_t>(files.size(), layers.GetCount());
+    for (std::uint32_t index = 0; index < count; ++index) {
         try {
             if (!ReadFile(index)) {
                 CancelRead();

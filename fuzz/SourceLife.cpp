@@ -91,6 +91,20 @@ void LookAtAll(BFeatureCollection const& features, std::uint32_t recordCount) {
     }
 }
 
+void ReadThroughReader(BString const& path, BParamList const& options, std::uint32_t recordCount) {
+    BShpReader reader{BParamList()};
+    Try([&] {
+        reader.Open(path, options);
+        Touch(reader.GetMBB());
+        reader.Read();
+        auto& layer = static_cast<BVectorLayer&>(*reader.GetLayers().GetAt(0));
+        LookAtAll(layer.GetFeatures(), recordCount);
+        reader.Close();
+    });
+}
+
+} // namespace
+
 void AskDirectly(BSharedPtr<BShpFile>& file, std::uint32_t mostRecords) {
     BShpFeatureCollection const features(file);
     std::uint32_t const count = std::min(file->GetRecordCount(), mostRecords);
@@ -116,20 +130,6 @@ bool ReadWhole(BSharedPtr<BShpFile> const& file) {
         LookAtAll(layer->GetFeatures(), file->GetRecordCount());
     });
 }
-
-void ReadThroughReader(BString const& path, BParamList const& options, std::uint32_t recordCount) {
-    BShpReader reader{BParamList()};
-    Try([&] {
-        reader.Open(path, options);
-        Touch(reader.GetMBB());
-        reader.Read();
-        auto& layer = static_cast<BVectorLayer&>(*reader.GetLayers().GetAt(0));
-        LookAtAll(layer.GetFeatures(), recordCount);
-        reader.Close();
-    });
-}
-
-} // namespace
 
 LifeReport LiveThrough(BString const& path, bool useAttributes, BString const& attributeZ,
                        std::uint32_t mostRecords) {

@@ -1,8 +1,13 @@
 #pragma once
 
+#include "Ambrel/BSharedPtr.h"
 #include "Ambrel/BString.h"
 
 #include <cstdint>
+
+namespace Ambrel {
+class BShpFile;
+}
 
 namespace Ambrel::Fuzz {
 
@@ -21,5 +26,10 @@ struct LifeReport {
 /// is broken: a part start outside its vertices, fewer features than records.
 LifeReport LiveThrough(BString const& path, bool useAttributes, BString const& attributeZ,
                        std::uint32_t mostRecords);
+
+/// The part of such a life that goes through the direct-access collection of an open file.
+void AskDirectly(BSharedPtr<BShpFile>& file, std::uint32_t mostRecords);
+/// The whole-file read; false when it ends with an exception of the host's family.
+bool ReadWhole(BSharedPtr<BShpFile> const& file);
 
 } // namespace Ambrel::Fuzz

@@ -166,6 +166,8 @@ void BShpFile::ReleaseBuffers() noexcept {
 void BShpFile::Close() noexcept {
     if (mode == writeMode) {
         FinishWriting();
+    } else if (dbfFile) {
+        dbfFile->Close(); // Whoever else holds the table sees it emptied.
     }
     mainFile.reset();
     indexFile.reset();

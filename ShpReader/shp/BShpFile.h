@@ -57,7 +57,8 @@ public:
     /// BAttributeDataException for values that can not be written; the null-shape record stands
     /// then.
     virtual void WriteFeature(BSharedPtr<BFeature> const& feature);
-    /// Appends a null-shape record with its index entry. Throws BReadWriteMismatchException.
+    /// Appends a null-shape record with its index entry. Throws BReadWriteMismatchException, or
+    /// BNotOpenException after a failed Open.
     virtual void WriteNullShape();
 
     /// Opens the file `name` and its companions: mode 1 to read, 2 to write (which empties them).
@@ -187,6 +188,7 @@ private:
     void ApplyAttributeZ(std::uint32_t index, BFeature& feature) const;
 
     // Writing.
+    void RequireOutputs(char const* operation) const;
     ShpFileHeader MakeHeader() const;
     void WriteBytes(QFile& handle, std::uint8_t const* bytes, std::size_t count);
     void ReportFailedWrite(QFile const& handle);

@@ -38,6 +38,9 @@ std::int32_t BShpFile::Read(BSharedPtr<BVectorLayer> const& layer) {
 
 /// False when the observer ended it.
 bool BShpFile::ReadAllRecords(BVectorLayer& layer) {
+    if (recordCount == 0) {
+        return true;
+    }
     BFeatureCollection& features = layer.GetFeatures();
     RecordAccess access = AccessShared(RecordAccess::scanPiece);
     access.contentBudget = std::max(2 * access.GetMainSize(), leastContentBudget);

@@ -2,6 +2,7 @@
 
 #include "ShpReader/shp/BShpFile.h"
 
+#include "Ambrel/BException.h"
 #include "ShpReader/shp/GeometryKinds.h"
 #include "ShpReader/shp/MetadataKeys.h"
 
@@ -28,6 +29,9 @@ void BShpFile::FillLayer(BVectorLayer& layer) {
     if (hasMeasures) {
         metadata.Add(MetadataKeys::minMeasure, mMin);
         metadata.Add(MetadataKeys::maxMeasure, mMax);
+    }
+    if (!dbfFile) {
+        throw BNotOpenException("BShpFile::SetUpLayer", fileName);
     }
     layer.SetSingleGeometryClass(GeometryClassOfShapeType(shapeType));
     dbfFile->ReadSchema();

@@ -28,15 +28,15 @@ constexpr std::array<ShapeType, 14> shapeTypes = {{
 /// little; the rest are little-endian doubles.
 namespace HeaderOffset {
 constexpr std::size_t fileCode = 0;
-constexpr std::size_t fileLength = 24; ///< big-endian
+constexpr std::size_t fileLength = ShpFileHeader::lengthField.offset; ///< big-endian
 constexpr std::size_t version = 28;
 constexpr std::size_t shapeType = 32;
-constexpr std::size_t xMin = 36;
-constexpr std::size_t yMin = 44;
-constexpr std::size_t xMax = 52;
-constexpr std::size_t yMax = 60;
-constexpr std::size_t zMin = 68;
-constexpr std::size_t zMax = 76;
+constexpr std::size_t xMin = ShpFileHeader::boxFields.offset;
+constexpr std::size_t yMin = xMin + 8;
+constexpr std::size_t xMax = xMin + 16;
+constexpr std::size_t yMax = xMin + 24;
+constexpr std::size_t zMin = ShpFileHeader::zFields.offset;
+constexpr std::size_t zMax = zMin + 8;
 constexpr std::size_t mMin = 84;
 constexpr std::size_t mMax = 92;
 } // namespace HeaderOffset

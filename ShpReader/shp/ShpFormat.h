@@ -34,6 +34,14 @@ std::string_view ShapeTypeName(std::int32_t code) noexcept;
 /// The first 100 bytes of the main file and of the index.
 struct ShpFileHeader {
     static constexpr std::size_t size = 100;
+    /// The fields that are known only when a file is complete, as (offset, size) in bytes.
+    struct Range {
+        std::size_t offset;
+        std::size_t size;
+    };
+    static constexpr Range lengthField{24, 4};
+    static constexpr Range boxFields{36, 32};
+    static constexpr Range zFields{68, 16};
     static constexpr std::int32_t expectedFileCode = 9994;
     static constexpr std::int32_t expectedVersion = 1000;
 

@@ -23,6 +23,13 @@ constexpr char const* codePageName = "UTF-8";
 
 } // namespace
 
+/// A failed Open leaves the mode as it was asked for, but nothing to write to.
+void BShpFile::RequireOutputs(char const* operation) const {
+    if (!isMainWritten || !isIndexWritten || !isTableWritten) {
+        throw BNotOpenException(operation, fileName);
+    }
+}
+
 void BShpFile::Write() {
     RequireMode(writeMode, "BShpFile::Write");
 }
@@ -36,6 +43,7 @@ void BShpFile::WriteFeature(BSharedPtr<BFeature> const& feature) {
 
 void BShpFile::WriteNullShape() {
     RequireMode(writeMode, "BShpFile::WriteNullShape");
+    RequireOutputs("BShpFile::WriteNullShape");
     BLogger::Instance()->WriteLine(LOG_DETAIL, "SHP-WRITER: Writing NULL shape.");
     std::uint32_t const offset = static_cast<std::uint32_t>(mainFile->pos()) / bytesPerWord;
     ++recordCount;
@@ -54,6 +62,7 @@ void BShpFile::WriteNullShape() {
 
 void BShpFile::PrepareTable(BAttributeDefs const& schema) {
     RequireMode(writeMode, "BShpFile::PrepareTable");
+    RequireOutputs("BShpFile::PrepareTable");
     dbfFile->PrepareForWriting(schema);
 }
 
@@ -92,8 +101,15 @@ void BShpFile::FinishHeader(QFile& handle) {
     }
     std::array<std::uint8_t, ShpFileHeader::size> bytes{};
     header.Encode(bytes.data());
-    handle.seek(0);
-    WriteBytes(handle, bytes.data(), bytes.size());
+    auto const rewrite = [&](ShpFileHeader::Range const& range) {
+        handle.seek(static_cast<qint64>(range.offset));
+        WriteBytes(handle, bytes.data() + range.offset, range.size);
+    };
+    rewrite(ShpFileHeader::lengthField);
+    rewrite(ShpFileHeader::boxFields);
+    if (hasZ) {
+        rewrite(ShpFileHeader::zFields);
+    }
     if (!handle.flush()) {
         ReportFailedWrite(handle);
     }
@@ -134,10 +150,11 @@ void BShpFile::FinishFiles() {
     if (dbfFile) {
         dbfFile->Close();
     }
-    if (recordCount > 0) {
-        WriteCompanions();
-    } else {
+    bool const isWhole = isMainWritten && isIndexWritten && isTableWritten;
+    if (recordCount == 0) {
         RemoveOutputs();
+    } else if (isWhole) {
+        WriteCompanions();
     }
 }
 

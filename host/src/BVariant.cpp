@@ -166,7 +166,7 @@ std::optional<BVariant::Whole> BVariant::AsWhole() const {
     case Storage::Real: {
         // 2^63 and 2^64 as doubles; NaN fails both comparisons.
         constexpr double twoTo63 = 9223372036854775808.0;
-        if (real > -twoTo63 - 1.0 && real < twoTo63) {
+        if (real >= -twoTo63 && real < twoTo63) {
             auto const cut = static_cast<std::int64_t>(real);
             return Whole{static_cast<std::uint64_t>(cut), cut < 0};
         }

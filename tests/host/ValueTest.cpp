@@ -68,6 +68,8 @@ TEST(ValueTest, ConvertsWhatFitsAndElseGivesTheDefault) {
     EXPECT_EQ(BVariant(-1).GetValueAsUnsignedInteger(7), 7U);
     EXPECT_EQ(BVariant(-1.9).GetValueAsInteger(7), -1);
     EXPECT_EQ(BVariant(std::nan("")).GetValueAsInteger64(7), 7);
+    EXPECT_EQ(BVariant(-9223372036854775808.0).GetValueAsInteger64(7),
+              std::numeric_limits<std::int64_t>::min());
     EXPECT_EQ(BVariant(1e19).GetValueAsUnsignedInteger64(7), 10000000000000000000U);
     EXPECT_EQ(BVariant(1e300).GetValueAsFloat(7), 7);
     EXPECT_EQ(BVariant(" +12 ").GetValueAsInteger(7), 12);
@@ -96,6 +98,8 @@ TEST(ValueTest, KeepsEntriesInTheirOrder) {
     EXPECT_TRUE(pairs.GetBoolean("b", false));
     EXPECT_EQ(pairs.GetString("a"), BString("2"));
     EXPECT_EQ(pairs.GetCount(), 2U);
+    pairs.Add("literal", "text");
+    EXPECT_EQ(pairs.GetString("literal"), BString("text"));
 }
 
 TEST(ValueTest, LogsNoMoreThanIsAskedForAndNeverFails) {

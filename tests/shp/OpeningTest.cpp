@@ -136,9 +136,10 @@ TEST(OpeningTest, StaysHarmlessAfterAFailedOpen) {
     EXPECT_THROW(file.Read(layer), BNotOpenException);
     EXPECT_THROW(file.ReadFeature(0, true), BNotOpenException);
 
+    EXPECT_THROW(BShpFile().SetUpLayer(layer), BNotOpenException);
     BShpFile missing;
     EXPECT_THROW(missing.Open(folder.File("none.shp"), 1, true, ""), BFileNotFoundException);
-    EXPECT_THROW(missing.Read(layer), BFileNotFoundException);
+    EXPECT_EQ(missing.Read(layer), 0);
     EXPECT_THROW(missing.ReadFeature(0, true), BIndexOutOfBoundsException);
 }
 

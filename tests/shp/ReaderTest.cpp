@@ -159,6 +159,8 @@ TEST(ReaderTest, MakesALayerForEachFile) {
     EXPECT_EQ(reader->GetLayers().GetCount(), 2U);
     std::filesystem::remove(folder.Path() / "c.shp");
     reader->Open(name, BParamList());
+    reader->Read(); // What the failed Open has left fills no layer.
+    EXPECT_EQ(LayerOf(*reader, 1).GetFeatures().GetCount(), 1U);
     EXPECT_EQ(LayerOf(*reader, 0).name, BString("a"));
     EXPECT_EQ(LayerOf(*reader, 1).name, BString("b"));
     EXPECT_EQ(TextOf(BDataManager::ExtentsOf(reader->QueryInfo(QUERY_DATA_EXTENTS))), "0 -5 6 1");
@@ -219,6 +221,8 @@ TEST(ReaderTest, CancelsAtTheRecordThatTheObserverRefuses) {
     };
     EXPECT_EQ(countOf(1), 4U);
     EXPECT_EQ(countOf(2), 0U);
+    reader->Read(); // There are no layers to fill.
+    EXPECT_EQ(reader->GetReadResult(), 0);
 }
 
 TEST(ReaderTest, CancelsDirectAccessAtTheFirstReport) {

@@ -81,8 +81,13 @@ TEST(ShpWritingTest, KeepsFilesThatItCouldNotOpen) {
     TemporaryFolder const folder;
     std::filesystem::create_directory(folder.Path() / "a.shx");
     WriteFile(folder.Path() / "a.dbf", {'x'});
-    EXPECT_BEXCEPTION(BShpFile().Open(folder.File("a.shp"), BShpFile::writeMode, true, ""),
-                      BFileNotFoundException, "BShpFile::Open", folder.File("a.shx"));
+    {
+        BShpFile file;
+        EXPECT_BEXCEPTION(file.Open(folder.File("a.shp"), BShpFile::writeMode, true, ""),
+                          BFileNotFoundException, "BShpFile::Open", folder.File("a.shx"));
+        EXPECT_BEXCEPTION(file.WriteNullShape(), BNotOpenException, "BShpFile::WriteNullShape",
+                          folder.File("a.shp"));
+    }
     EXPECT_TRUE(std::filesystem::exists(folder.Path() / "a.dbf"));
     EXPECT_FALSE(std::filesystem::exists(folder.Path() / "a.shp"));
 }

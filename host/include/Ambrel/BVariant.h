@@ -72,6 +72,7 @@ public:
     void SetValue(std::uint64_t value) noexcept;
     void SetValue(float value) noexcept;
     void SetValue(BString const& value) { *this = BVariant(value); }
+    void SetValue(char const* value) { *this = BVariant(value); }
     void SetValue(BString&& value) noexcept { *this = BVariant(std::move(value)); }
     /// 8-bit text of `length` bytes, or up to its NUL when `length` is 0.
     void SetValue(char const* value, std::uint64_t length);
