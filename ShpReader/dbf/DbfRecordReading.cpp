@@ -90,6 +90,7 @@ bool BDbfFile::Read(std::int32_t maxCount) {
         ReadSchema();
     }
     // A record takes a byte at the least: a count beyond the file's bytes is not the table's.
+    // Then the end of the table is not reached.
     auto const count =
         static_cast<std::uint32_t>(std::min<std::int64_t>(GetAttributeRecordCount(), fileSize));
     features.Reserve(features.GetCount() + count);
@@ -101,7 +102,7 @@ bool BDbfFile::Read(std::int32_t maxCount) {
         ReadAttributeRecord(i, feature->attributes, true);
         features.Add(feature);
     }
-    return true;
+    return count == GetAttributeRecordCount();
 }
 
 } // namespace Ambrel

@@ -26,7 +26,7 @@ int ExactSignOfArea(BPoints const& ring) noexcept {
     return area.Sign();
 }
 
-/// The sign of the ring's area, Y up; 0 where the area is not finite.
+/// The sign of the ring's area, Y up; 0 where a coordinate is not finite.
 /// REQUIRES: the ring has a vertex.
 int SignOfArea(BPoints const& ring) noexcept {
     // Relative to the first vertex, or large coordinates would swallow a small ring's area.
@@ -46,7 +46,10 @@ int SignOfArea(BPoints const& ring) noexcept {
         previousY = y;
     }
     if (!std::isfinite(magnitude)) {
-        return 0;
+        auto const isFinite = [](BPoint const& vertex) {
+            return std::isfinite(vertex.X) && std::isfinite(vertex.Y);
+        };
+        return std::all_of(ring.begin(), ring.end(), isFinite) ? ExactSignOfArea(ring) : 0;
     }
     // What rounding can do to the sum, with room to spare; the constant stands for underflow.
     double const error = (static_cast<double>(ring.GetCount()) + 8) *

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <charconv>
+#include <cmath>
 
 namespace Ambrel::NumberText {
 
@@ -31,11 +32,19 @@ std::optional<T> Parse(std::string_view text) noexcept {
     return value;
 }
 
-template <class T>
-BString Print(T value) {
+template <class T, class... Format>
+BString Print(T value, Format... format) {
     std::array<char, 32> text;
-    char* const end = std::to_chars(text.begin(), text.end(), value).ptr;
+    char* const end = std::to_chars(text.begin(), text.end(), value, format...).ptr;
     return BString::FromUtf8({text.data(), static_cast<std::size_t>(end - text.data())});
+}
+
+/// Without an exponent as far as people write numbers out: 100000, not 1e+05.
+template <class T>
+BString PrintReal(T value) {
+    T const magnitude = std::abs(value);
+    bool const isCommon = magnitude == 0 || (magnitude >= T(1e-5) && magnitude < T(1e15));
+    return isCommon ? Print(value, std::chars_format::fixed) : Print(value);
 }
 
 } // namespace
@@ -56,10 +65,10 @@ BString FromUnsigned(std::uint64_t value) {
     return Print(value);
 }
 BString FromReal(double value) {
-    return Print(value);
+    return PrintReal(value);
 }
 BString FromReal(float value) {
-    return Print(value);
+    return PrintReal(value);
 }
 
 } // namespace Ambrel::NumberText

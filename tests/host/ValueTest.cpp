@@ -77,6 +77,8 @@ TEST(ValueTest, ConvertsWhatFitsAndElseGivesTheDefault) {
     EXPECT_EQ(BVariant("Yes").GetValueAsBoolean(false), true);
     EXPECT_EQ(BVariant().GetValueAsString("none"), BString("none"));
     EXPECT_EQ(BVariant(0.1).GetValueAsString(""), BString("0.1"));
+    EXPECT_EQ(BVariant(1e5).GetValueAsString(""), BString("100000"));
+    EXPECT_EQ(BVariant(1.25e-300).GetValueAsString(""), BString("1.25e-300"));
     EXPECT_EQ(BVariant(true).GetValueAsString(""), BString("true"));
     BVariant unsignedValue;
     unsignedValue.SetValue(std::uint64_t{1} << 63);
