@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Ambrel/BFeature.h"
+#include "ShpReader/dbf/DbfFieldConversion.h"
 #include "ShpReader/dbf/DbfFormat.h"
 #include "ShpReader/dbf/RecordWindow.h"
 
@@ -141,10 +142,10 @@ private:
     bool useDefaultValues = false;
     BAttributes defaultAttributes;
 
-    RecordWindow window;            ///< the records read last through `file`
-    std::vector<BString> lastTexts; ///< the text that each field had last, to be shared
-    QString filePath;               ///< `path`, as handles take it
-    std::int64_t fileSize = 0;      ///< bytes, at Open
+    RecordWindow window;               ///< the records read last through `file`
+    std::vector<TextCache> textCaches; ///< for each field, filled by sequential reads
+    QString filePath;                  ///< `path`, as handles take it
+    std::int64_t fileSize = 0;         ///< bytes, at Open
     bool isPrepared = false;
     bool hasFailedWrite = false;
 };

@@ -4,6 +4,7 @@
 #include "ShpReader/dbf/DbfNumberText.h"
 
 #include <algorithm>
+#include <cstring>
 
 namespace Ambrel {
 
@@ -17,28 +18,44 @@ bool IsAscii(std::string_view text) noexcept {
     return std::all_of(text.begin(), text.end(), [](char c) { return (c & 0x80) == 0; });
 }
 
-BString MakeText(std::string_view text, BString* lastText) {
-    if (!lastText) {
-        return {text.data(), text.size()};
-    }
-    // What other bytes mean depends on the codec, which may have been another one.
-    if (lastText->Utf8() != text || !IsAscii(text)) {
-        *lastText = BString(text.data(), text.size());
-    }
-    return *lastText;
+/// Of the length and of up to eight bytes at either end.
+std::size_t HashOf(std::string_view text) noexcept {
+    std::uint64_t head = 0;
+    std::uint64_t tail = 0;
+    std::size_t const count = std::min(text.size(), sizeof head);
+    std::memcpy(&head, text.data(), count);
+    std::memcpy(&tail, text.data() + text.size() - count, count);
+    return ((head ^ (tail * 31) ^ text.size()) * 0x9E3779B97F4A7C15U) >> 32;
 }
 
-BVariant ConvertDate(std::string_view field, BString* lastText) {
+BString MakeText(std::string_view text, TextCache* cache) {
+    return cache && !text.empty() ? cache->Share(text) : BString(text.data(), text.size());
+}
+
+BVariant ConvertDate(std::string_view field, TextCache* cache) {
     std::string_view const text = GetTrimmedText(field);
     if (text.empty() || text == dbfNoDate) {
         return {};
     }
-    BVariant value(MakeText(text, lastText));
+    BVariant value(MakeText(text, cache));
     value.SetType(VAR_DATE);
     return value;
 }
 
 } // namespace
+
+BString TextCache::Share(std::string_view text) {
+    BString& held = texts[HashOf(text) % texts.size()];
+    if (held.Utf8() == text) {
+        return held;
+    }
+    BString made(text.data(), text.size());
+    // What other bytes than ASCII mean depends on the codec, which may change between two records.
+    if (IsAscii(text)) {
+        held = made;
+    }
+    return made;
+}
 
 std::string_view GetFieldBytes(std::string_view record, std::int32_t offset,
                                std::int32_t width) noexcept {
@@ -59,14 +76,14 @@ std::string_view GetTrimmedText(std::string_view field) noexcept {
     return CutAtNul(field);
 }
 
-BVariant ConvertField(std::string_view field, EVariantType type, BString* lastText) {
+BVariant ConvertField(std::string_view field, EVariantType type, TextCache* cache) {
     switch (type) {
     case VAR_INTEGER: return {ParseInteger(CutAtNul(field))};
     case VAR_INTEGER64: return {ParseInteger64(CutAtNul(field))};
     case VAR_DOUBLE: return {ParseDouble(CutAtNul(field))};
     case VAR_BOOLEAN: return {field.find_first_of("TtYy1") != std::string_view::npos};
-    case VAR_DATE: return ConvertDate(field, lastText);
-    default: return {MakeText(GetTrimmedText(field), lastText)};
+    case VAR_DATE: return ConvertDate(field, cache);
+    default: return {MakeText(GetTrimmedText(field), cache)};
     }
 }
 

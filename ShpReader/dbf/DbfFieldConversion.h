@@ -2,6 +2,7 @@
 
 #include "Ambrel/BVariant.h"
 
+#include <array>
 #include <cstdint>
 #include <string_view>
 
@@ -16,9 +17,17 @@ std::string_view GetFieldBytes(std::string_view record, std::int32_t offset,
 /// field protects the blanks before it.
 std::string_view GetTrimmedText(std::string_view field) noexcept;
 
-/// The value of a field; a date may be null. Where `lastText` is given, it holds the text that was
-/// made for the same column last, which is shared when it is the same again: columns are
-/// repetitive.
-BVariant ConvertField(std::string_view field, EVariantType type, BString* lastText);
+/// The texts that one column had lately, to be shared when they come again: columns are repetitive,
+/// and a shared text costs neither time nor memory.
+class TextCache {
+public:
+    BString Share(std::string_view text);
+
+private:
+    std::array<BString, 64> texts; ///< each where its hash says; ASCII only
+};
+
+/// The value of a field; a date may be null. `cache`: the column's texts, or null.
+BVariant ConvertField(std::string_view field, EVariantType type, TextCache* cache);
 
 } // namespace Ambrel

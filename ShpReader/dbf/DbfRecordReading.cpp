@@ -14,17 +14,16 @@ namespace {
 
 constexpr char readRecordOperation[] = "BDbfFile::ReadAttributeRecord";
 
-/// Appends the values of a record. `lastTexts` has an entry for each field, or is null where texts
+/// Appends the values of a record. `caches` has an entry for each field, or is null where texts
 /// are not to be shared between records.
 void ConvertRecord(std::string_view record, BAttributeDefs const& schema,
-                   std::vector<std::int32_t> const& offsets, BString* lastTexts,
+                   std::vector<std::int32_t> const& offsets, TextCache* caches,
                    BAttributes& attributes) {
     attributes.Reserve(attributes.GetCount() + offsets.size());
     for (std::size_t i = 0; i < offsets.size(); ++i) {
         BAttributeDef const& field = schema.GetAt(i);
-        attributes.Add(field.name,
-                       ConvertField(GetFieldBytes(record, offsets[i], field.width), field.GetType(),
-                                    lastTexts ? lastTexts + i : nullptr));
+        attributes.Add(field.name, ConvertField(GetFieldBytes(record, offsets[i], field.width),
+                                                field.GetType(), caches ? caches + i : nullptr));
     }
 }
 
@@ -58,8 +57,8 @@ void BDbfFile::ReadWithOwnHandle(std::uint32_t index, BAttributes& attributes) {
         UseDefaults(index, attributes);
         return;
     }
-    lastTexts.resize(fieldOffsets.size());
-    ConvertRecord(record, schema, fieldOffsets, lastTexts.data(), attributes);
+    textCaches.resize(fieldOffsets.size());
+    ConvertRecord(record, schema, fieldOffsets, textCaches.data(), attributes);
 }
 
 void BDbfFile::ReadWithPrivateHandle(std::uint32_t index, BAttributes& attributes) const {

@@ -55,7 +55,7 @@ void BDbfFile::ReadSchema() {
     BLogger::Instance()->WriteLine(LOG_PROGRESS, "DBF-File: Reading schema...");
     schema.Clear();
     fieldOffsets.clear();
-    lastTexts.clear();
+    textCaches.clear();
     if (!header.HasRegularLength()) {
         BLogger::Instance()->WriteLine(LOG_WARNING, "DBF-File: Header length is not valid.");
     }
