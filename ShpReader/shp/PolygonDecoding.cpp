@@ -7,6 +7,9 @@
 #include "ShpReader/shp/RecordFaults.h"
 #include "ShpReader/shp/Vertices.h"
 
+#include <array>
+#include <cstddef>
+#include <memory_resource>
 #include <span>
 #include <vector>
 
@@ -20,22 +23,39 @@ using Ring = BSharedPtr<BPolygon>;
 using RingGroup = std::span<Ring const>;
 
 /// The rings of a record in their order, and where among them each group starts.
-struct RingGroups {
-    std::vector<Ring> rings;
-    std::vector<std::size_t> starts;
+class RingGroups {
+public:
+    RingGroups() = default;
+    RingGroups(RingGroups const&) = delete;
+    RingGroups& operator=(RingGroups const&) = delete;
 
     std::size_t Count() const noexcept { return starts.size(); }
     RingGroup operator[](std::size_t group) const noexcept {
         std::size_t const end = group + 1 < starts.size() ? starts[group + 1] : rings.size();
         return RingGroup(rings).subspan(starts[group], end - starts[group]);
     }
+    /// The shell that was started last. REQUIRES: there is a group.
+    BPolygon const& LastShell() const noexcept { return *rings[starts.back()]; }
+    void StartGroup(Ring&& shell) {
+        starts.push_back(rings.size());
+        rings.push_back(std::move(shell));
+    }
+    void AddHole(Ring&& hole) { rings.push_back(std::move(hole)); }
+
+private:
+    /// Most records have few rings, which find room here.
+    std::array<std::byte, 1024> fewRings;
+    std::pmr::monotonic_buffer_resource memory{fewRings.data(), fewRings.size()};
+    std::pmr::vector<Ring> rings{&memory};
+    std::pmr::vector<std::size_t> starts{&memory};
 };
 
 /// A ring whose last vertex repeats its first.
 Ring ReadRing(VertexRecord const& record, std::size_t first, std::size_t count, bool is3d) {
     Ring ring(new BPolygon);
-    BPoints points = ReadVertices(record, first, count, 1);
-    if (!(points.GetAt(0) == points.GetLast())) {
+    bool const isOpen = !(ReadVertex(record, first) == ReadVertex(record, first + count - 1));
+    BPoints points = ReadVertices(record, first, count, isOpen ? 1 : 0);
+    if (isOpen) {
         points.Add(BPoint(points.GetAt(0)));
     }
     ring->SetPoints(std::move(points));
@@ -50,12 +70,14 @@ Ring ReadRing(VertexRecord const& record, std::size_t first, std::size_t count, 
 /// group.
 class RingSorter {
 public:
-    void Add(Ring ring) {
+    explicit RingSorter(RingGroups& newGroups) noexcept : groups(newGroups) {}
+
+    void Add(Ring&& ring) {
         if (ring->GetOrientation() == ORIENTATION_CLOCKWISE) {
             StartGroup(std::move(ring));
             afterShell = true;
-        } else if ((afterShell || afterHole) && LastShell().Contains(ring->GetPoints())) {
-            groups.rings.push_back(std::move(ring));
+        } else if ((afterShell || afterHole) && groups.LastShell().Contains(ring->GetPoints())) {
+            groups.AddHole(std::move(ring));
             afterShell = false;
             afterHole = true;
         } else {
@@ -64,24 +86,20 @@ public:
         }
     }
 
-    RingGroups groups;
-
 private:
-    BPolygon const& LastShell() const { return *groups.rings[groups.starts.back()]; }
-    void StartGroup(Ring ring) {
-        groups.starts.push_back(groups.rings.size());
-        groups.rings.push_back(std::move(ring));
+    void StartGroup(Ring&& ring) {
+        groups.StartGroup(std::move(ring));
         afterShell = false;
         afterHole = false;
     }
 
+    RingGroups& groups;
     bool afterShell = false; ///< the ring just handled was a clockwise shell
     bool afterHole = false;  ///< the ring just handled was accepted as a hole
 };
 
-RingGroups ReadRings(std::uint32_t index, VertexRecord const& record, bool is3d) {
-    RingSorter sorter;
-    sorter.groups.rings.reserve(record.PartCount());
+void ReadRings(std::uint32_t index, VertexRecord const& record, bool is3d, RingGroups& groups) {
+    RingSorter sorter(groups);
     std::size_t next = 0;
     for (std::size_t part = 0; part < record.PartCount(); ++part) {
         std::size_t const size = record.PartSize(part);
@@ -94,7 +112,6 @@ RingGroups ReadRings(std::uint32_t index, VertexRecord const& record, bool is3d)
         sorter.Add(ReadRing(record, next, size, is3d));
         next += size;
     }
-    return std::move(sorter.groups);
 }
 
 /// The polygons of a donut are as a host makes them: their 3D flag is not set. The rings of the
@@ -135,7 +152,8 @@ BSharedPtr<BGeometry> MakeSinglePolygon(VertexRecord const& record) {
 }
 
 BSharedPtr<BGeometry> MakeFromRings(std::uint32_t index, VertexRecord const& record, bool is3d) {
-    RingGroups const groups = ReadRings(index, record, is3d);
+    RingGroups groups;
+    ReadRings(index, record, is3d, groups);
     return groups.Count() == 1 ? BSharedPtr<BGeometry>(MakeDonut(groups[0]))
                                : MakeAggregateArea(groups);
 }
