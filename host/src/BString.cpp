@@ -1,5 +1,6 @@
 #include "Ambrel/BString.h"
 
+#include "Ambrel/SmallBlocks.h"
 #include "Formatter.h"
 #include "Unicode.h"
 
@@ -99,7 +100,7 @@ BString::Rep* BString::Allocate(std::size_t size) {
     if (size >= Rep::wideFlag) {
         throw std::length_error("text longer than 2 GiB");
     }
-    void* const memory = ::operator new(sizeof(Rep) + size + 1);
+    void* const memory = detail::TakeBlock(sizeof(Rep) + size + 1);
     return new (memory) Rep{{1}, {static_cast<std::uint32_t>(size)}};
 }
 
@@ -109,8 +110,9 @@ void BString::Free(Rep* rep) noexcept {
         std::lock_guard const hold(wide.lock);
         wide.texts.erase(rep);
     }
+    std::size_t const size = sizeof(Rep) + rep->Size() + 1;
     rep->~Rep();
-    ::operator delete(rep);
+    detail::GiveBlock(rep, size);
 }
 
 void BString::AssignUtf8(char const* text, std::size_t size) {

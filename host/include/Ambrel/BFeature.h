@@ -9,7 +9,7 @@
 namespace Ambrel {
 
 /// A geometry, which may be absent, with attribute values and metadata.
-class AMBREL_API BFeature : public BMetadataContainer {
+class AMBREL_API BFeature : public BMetadataContainer, public detail::SmallObject {
 public:
     BAttributes attributes;
 

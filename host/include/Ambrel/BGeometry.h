@@ -3,6 +3,7 @@
 #include "Ambrel/BPoint.h"
 #include "Ambrel/BRect.h"
 #include "Ambrel/BSharedPtr.h"
+#include "Ambrel/SmallBlocks.h"
 
 #include <cstdint>
 
@@ -32,7 +33,7 @@ enum EGeometryType : std::uint32_t {
 };
 
 /// Base of all geometries. The type tells the class of the object without a virtual call.
-class AMBREL_API BGeometry {
+class AMBREL_API BGeometry : public detail::SmallObject {
 public:
     EGeometryType type;    ///< the class of the object
     std::uint8_t is3d = 0; ///< 1 when the Z of the vertices means something

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Ambrel/SmallBlocks.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <limits>
@@ -26,7 +28,7 @@ public:
         try {
             std::uninitialized_copy(other.begin(), other.end(), copy->Elements());
         } catch (...) {
-            ::operator delete(copy);
+            Free(copy);
             throw;
         }
         copy->count = other.block->count;
@@ -35,7 +37,7 @@ public:
     FlatArray(FlatArray&& other) noexcept : block(std::exchange(other.block, nullptr)) {}
     ~FlatArray() {
         Clear();
-        ::operator delete(block);
+        Free(block);
     }
     FlatArray& operator=(FlatArray other) noexcept {
         std::swap(block, other.block);
@@ -106,11 +108,21 @@ private:
     static_assert(alignof(T) <= sizeof(Block), "the elements follow the head without a gap");
     static constexpr std::size_t firstCapacity = 4;
 
+    static std::size_t SizeFor(std::size_t capacity) noexcept {
+        return sizeof(Block) + capacity * sizeof(T);
+    }
+
+    static void Free(Block* unused) noexcept {
+        if (unused) {
+            GiveBlock(unused, SizeFor(unused->capacity));
+        }
+    }
+
     static Block* Allocate(std::size_t capacity) {
         if (capacity > std::numeric_limits<std::uint32_t>::max()) {
             throw std::length_error("array too long");
         }
-        void* const memory = ::operator new(sizeof(Block) + capacity * sizeof(T));
+        void* const memory = TakeBlock(SizeFor(capacity));
         return new (memory) Block{0, static_cast<std::uint32_t>(capacity)};
     }
 
@@ -120,7 +132,7 @@ private:
             std::uninitialized_move(begin(), end(), bigger->Elements());
             bigger->count = block->count;
             std::destroy(begin(), end());
-            ::operator delete(block);
+            Free(block);
         }
         block = bigger;
     }
