@@ -33,10 +33,11 @@ std::vector<T> ParseNumbers(std::string const& option, std::string const& text, 
         bool const endsWell =
             isLast ? result.ptr == end : result.ptr != end && *result.ptr == separator;
         if (result.ec != std::errc() || !endsWell) {
-            std::string problem = option + ": \"" + text + "\" is not " + std::to_string(count);
-            problem += " numbers with '";
-            problem += separator;
-            throw UsageException(problem + "' between them");
+            std::string problem = option;
+            problem.append(": \"").append(text).append("\" is not ");
+            problem.append(std::to_string(count)).append(" numbers with '");
+            problem.append(1, separator).append("' between them");
+            throw UsageException(problem);
         }
         numbers.push_back(number);
         position = result.ptr + (isLast ? 0 : 1);
