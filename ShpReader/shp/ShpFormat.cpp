@@ -1,6 +1,5 @@
 #include "ShpReader/shp/ShpFormat.h"
 
-#include <algorithm>
 #include <array>
 
 namespace Ambrel {
@@ -23,6 +22,15 @@ constexpr std::array<ShapeType, 14> shapeTypes = {{
     {28, "MultiPointM", ShapeLayout::MultiPoint, false, true},
     {31, "MultiPatch", ShapeLayout::MultiPatch, false, false},
 }};
+
+/// The rows by code: every record is looked up.
+constexpr auto shapeTypeRows = [] {
+    std::array<ShapeType const*, shapeTypes.back().code + 1> rows{};
+    for (ShapeType const& type : shapeTypes) {
+        rows[static_cast<std::size_t>(type.code)] = &type;
+    }
+    return rows;
+}();
 
 /// Offsets in the file header, in bytes. The integers of the first three are big-endian, little and
 /// little; the rest are little-endian doubles.
@@ -84,10 +92,8 @@ char const* DescribeFault(RecordFault fault) noexcept {
 }
 
 ShapeType const* FindShapeType(std::int32_t code) noexcept {
-    auto const* const found =
-        std::find_if(shapeTypes.begin(), shapeTypes.end(),
-                     [&](ShapeType const& type) { return type.code == code; });
-    return found == shapeTypes.end() ? nullptr : found;
+    auto const index = static_cast<std::uint32_t>(code);
+    return index < shapeTypeRows.size() ? shapeTypeRows[index] : nullptr;
 }
 
 std::string_view ShapeTypeName(std::int32_t code) noexcept {
