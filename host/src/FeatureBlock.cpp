@@ -1,6 +1,7 @@
 #include "FeatureBlock.h"
 
 #include "Ambrel/BFeatureCollection.h"
+#include "GeometryStream.h"
 
 #include <algorithm>
 #include <array>

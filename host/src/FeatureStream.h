@@ -36,12 +36,10 @@ private:
 /// Text that comes from bytes, decoded and checked.
 BString TakeText(ByteReader& reader);
 
-/// Appends the feature: its geometry, its attributes, its metadata. Throws
-/// BUnknownGeometryException for a geometry of a kind that has no bytes.
+/// Appends the feature: its geometry, which can also be read alone, its attributes, its metadata.
+/// Throws BUnknownGeometryException for a geometry of a kind that has no bytes.
 void WriteFeature(BFeature const& feature, BByteArray& bytes, TextTable& texts);
 /// Undoes WriteFeature; everything is checked.
 BSharedPtr<BFeature> ReadFeature(ByteReader& reader, TextTable const& texts);
-/// The geometry alone, which stands first: an empty holder when there is none.
-BSharedPtr<BGeometry> ReadGeometry(ByteReader& reader);
 
 } // namespace Ambrel
