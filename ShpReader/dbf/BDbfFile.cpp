@@ -2,6 +2,7 @@
 
 #include "Ambrel/BException.h"
 #include "Ambrel/BFileUtilities.h"
+#include "Ambrel/BInputFile.h"
 #include "Ambrel/BLogger.h"
 
 #include <QFile>
@@ -16,10 +17,9 @@ namespace {
 
 constexpr char openOperation[] = "BDbfFile::Open";
 
-/// A folder, a pipe or a device is not opened: reading from it might never end. A file that is to
-/// be written need not be there.
-bool MayBeOpened(BString const& path, QString const& filePath, bool isForReading) {
-    return BFileUtilities::Exists(path) || (!isForReading && !QFileInfo::exists(filePath));
+/// A folder, a pipe or a device is not written to.
+bool MayBeWritten(BString const& path) {
+    return BFileUtilities::Exists(path) || !QFileInfo::exists(MakeQString(path));
 }
 
 } // namespace
@@ -34,44 +34,50 @@ BDbfFile::~BDbfFile() {
 }
 
 void BDbfFile::Open(BString const& fileName, std::uint32_t newMode, bool strict) {
-    if (file) {
+    if (input || file) {
         throw BAlreadyOpenException(openOperation, fileName);
     }
     try {
         BLogger::Instance()->WriteLine(LOG_PROGRESS, "DBF-File: Opening DBF file <%ls>",
                                        fileName.c_str());
         mode = newMode;
-        OpenFile(fileName);
+        path = BFileUtilities::CompletePath(fileName);
         if (mode == readMode) {
-            ReadHeader();
-            CheckSize(strict);
-            ReadSchema();
+            OpenToRead(fileName, strict);
+        } else {
+            OpenToWrite(fileName);
         }
     } catch (BException const&) {
+        input.reset();
         file.reset();
         throw;
     } catch (std::exception const& failure) {
+        input.reset();
         file.reset();
         throw BException("Ambrel Exception", openOperation, failure.what());
     }
 }
 
-void BDbfFile::OpenFile(BString const& fileName) {
-    path = BFileUtilities::CompletePath(fileName);
-    filePath = MakeQString(path);
-    bool const isForReading = mode == readMode;
-    file = std::make_unique<QFile>(filePath);
-    // Reads go straight into the record buffers; the small writes of records are gathered.
-    QIODevice::OpenMode const flags =
-        isForReading ? QIODevice::ReadOnly | QIODevice::Unbuffered : QIODevice::WriteOnly;
-    if (!MayBeOpened(path, filePath, isForReading) || !file->open(flags)) {
+void BDbfFile::OpenToRead(BString const& fileName, bool strict) {
+    input = std::make_unique<BInputFile>(path);
+    if (!input->IsOpen()) {
+        throw BFileNotFoundException(openOperation, fileName);
+    }
+    ReadHeader();
+    CheckSize(strict);
+    ReadSchema();
+}
+
+void BDbfFile::OpenToWrite(BString const& fileName) {
+    file = std::make_unique<QFile>(MakeQString(path));
+    if (!MayBeWritten(path) || !file->open(QIODevice::WriteOnly)) {
         throw BFileNotFoundException(openOperation, fileName);
     }
 }
 
 void BDbfFile::ReadHeader() {
     std::array<char, DbfHeader::size> bytes{};
-    bool const isWhole = file->read(bytes.data(), bytes.size()) == qint64{bytes.size()};
+    bool const isWhole = input->Read(0, bytes.data(), bytes.size()) == bytes.size();
     header = DbfHeader::Decode(bytes.data());
     if (!isWhole || !header.IsValid()) {
         BLogger::Instance()->WriteLine(
@@ -83,7 +89,7 @@ void BDbfFile::ReadHeader() {
 }
 
 void BDbfFile::CheckSize(bool strict) {
-    fileSize = file->size();
+    fileSize = static_cast<std::int64_t>(input->GetSizeAtOpen());
     switch (MatchTableSize(header, fileSize)) {
     case DbfSizeMatch::Exact: return;
     case DbfSizeMatch::WithoutDeletionFlag: ++header.recordLength; return;
@@ -106,7 +112,8 @@ void BDbfFile::ThrowNotValid() const {
 }
 
 void BDbfFile::RequireMode(std::uint32_t requiredMode, char const* operation) const {
-    if (!file || mode != requiredMode) {
+    bool const isOpen = mode == readMode ? input != nullptr : file != nullptr;
+    if (!isOpen || mode != requiredMode) {
         throw BNotOpenException(operation, BString::Format("File=%s", path.Ascii()));
     }
 }

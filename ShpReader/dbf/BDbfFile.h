@@ -5,8 +5,6 @@
 #include "ShpReader/dbf/DbfFormat.h"
 #include "ShpReader/dbf/RecordWindow.h"
 
-#include <QString>
-
 #include <cstdint>
 #include <memory>
 #include <string_view>
@@ -15,6 +13,8 @@
 class QFile;
 
 namespace Ambrel {
+
+class BInputFile;
 
 /// The dBASE table of a shapefile: one record of attribute values for each geometry record, in the
 /// same order.
@@ -115,7 +115,8 @@ public:
     DbfHeader const& GetHeader() const noexcept { return header; }
 
 private:
-    void OpenFile(BString const& fileName);
+    void OpenToRead(BString const& fileName, bool strict);
+    void OpenToWrite(BString const& fileName);
     void ReadHeader();
     void CheckSize(bool strict);
     [[noreturn]] void ThrowNotValid() const;
@@ -129,7 +130,8 @@ private:
     void ReportFailedWrite();
     void FinishTable();
 
-    std::unique_ptr<QFile> file;
+    std::unique_ptr<BInputFile> input; ///< there while the table is open for reading
+    std::unique_ptr<QFile> file;       ///< there once it has been opened for writing
     DbfHeader header;
     std::uint16_t writeRecordLength = 0;
     std::uint32_t recordsWritten = 0;
@@ -142,9 +144,8 @@ private:
     bool useDefaultValues = false;
     BAttributes defaultAttributes;
 
-    RecordWindow window;               ///< the records read last through `file`
+    RecordWindow window;               ///< the records read last through `input`
     std::vector<TextCache> textCaches; ///< for each field, filled by sequential reads
-    QString filePath;                  ///< `path`, as handles take it
     std::int64_t fileSize = 0;         ///< bytes, at Open
     bool isPrepared = false;
     bool hasFailedWrite = false;

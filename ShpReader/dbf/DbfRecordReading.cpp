@@ -1,10 +1,8 @@
 #include "Ambrel/BException.h"
-#include "Ambrel/BFileUtilities.h"
+#include "Ambrel/BInputFile.h"
 #include "Ambrel/BLogger.h"
 #include "ShpReader/dbf/BDbfFile.h"
 #include "ShpReader/dbf/DbfFieldConversion.h"
-
-#include <QFile>
 
 #include <algorithm>
 
@@ -52,7 +50,7 @@ void BDbfFile::ReadAttributeRecord(std::uint32_t index, BAttributes& attributes,
 }
 
 void BDbfFile::ReadWithOwnHandle(std::uint32_t index, BAttributes& attributes) {
-    std::string_view const record = window.Fetch(*file, header, index);
+    std::string_view const record = window.Fetch(*input, header, index);
     if (record.size() < header.recordLength) {
         UseDefaults(index, attributes);
         return;
@@ -62,13 +60,13 @@ void BDbfFile::ReadWithOwnHandle(std::uint32_t index, BAttributes& attributes) {
 }
 
 void BDbfFile::ReadWithPrivateHandle(std::uint32_t index, BAttributes& attributes) const {
-    QFile handle(filePath);
-    if (!BFileUtilities::Exists(path) ||
-        !handle.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
+    BInputFile const handle(path);
+    if (!handle.IsOpen()) {
         throw BFileNotFoundException(readRecordOperation, path);
     }
     std::vector<char> buffer(header.recordLength);
-    std::string_view const record = ReadRecordBytes(handle, header, index, buffer);
+    std::string_view const record(
+        buffer.data(), handle.Read(header.GetRecordPosition(index), buffer.data(), buffer.size()));
     if (record.size() < header.recordLength) {
         UseDefaults(index, attributes);
         return;

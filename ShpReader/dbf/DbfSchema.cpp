@@ -1,10 +1,7 @@
 #include "Ambrel/BException.h"
+#include "Ambrel/BInputFile.h"
 #include "Ambrel/BLogger.h"
 #include "ShpReader/dbf/BDbfFile.h"
-
-#include <QFile>
-
-#include <algorithm>
 
 namespace Ambrel {
 
@@ -38,12 +35,10 @@ BVariant MakeDefaultValue(EVariantType type) {
 }
 
 /// The descriptors behind the header: as many as the header has room for and the file holds whole.
-std::vector<char> ReadDescriptors(QFile& file, DbfHeader const& header) {
+std::vector<char> ReadDescriptors(BInputFile const& file, DbfHeader const& header) {
     std::vector<char> bytes(header.GetFieldCount() * DbfFieldDescriptor::size);
-    qint64 const held =
-        file.seek(DbfHeader::size) ? file.read(bytes.data(), static_cast<qint64>(bytes.size())) : 0;
-    auto const whole =
-        static_cast<std::size_t>(std::max<qint64>(held, 0)) / DbfFieldDescriptor::size;
+    std::size_t const whole =
+        file.Read(DbfHeader::size, bytes.data(), bytes.size()) / DbfFieldDescriptor::size;
     bytes.resize(whole * DbfFieldDescriptor::size);
     return bytes;
 }
@@ -59,7 +54,7 @@ void BDbfFile::ReadSchema() {
     if (!header.HasRegularLength()) {
         BLogger::Instance()->WriteLine(LOG_WARNING, "DBF-File: Header length is not valid.");
     }
-    std::vector<char> const descriptors = ReadDescriptors(*file, header);
+    std::vector<char> const descriptors = ReadDescriptors(*input, header);
     std::size_t const fieldCount = descriptors.size() / DbfFieldDescriptor::size;
     fieldOffsets.reserve(fieldCount);
     schema.Reserve(fieldCount);

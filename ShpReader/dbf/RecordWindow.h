@@ -4,10 +4,9 @@
 #include <string_view>
 #include <vector>
 
-class QFile;
-
 namespace Ambrel {
 
+class BInputFile;
 struct DbfHeader;
 
 /// The records of a table that were read last, for reads through one handle.
@@ -20,7 +19,7 @@ public:
     /// The bytes of a record, valid until the next call; fewer than the record length, down to
     /// none, where the file ends before the record does. Throws std::bad_alloc. REQUIRES: index <
     /// header.recordCount, the same file and header in every call.
-    std::string_view Fetch(QFile& file, DbfHeader const& header, std::uint32_t index);
+    std::string_view Fetch(BInputFile const& file, DbfHeader const& header, std::uint32_t index);
 
 private:
     std::vector<char> buffer;
@@ -28,10 +27,5 @@ private:
     std::uint32_t wholeCount = 0; ///< records held whole
     std::uint32_t lastCount = 1;  ///< records asked for by the last read
 };
-
-/// Reads one record through `file` into `buffer`, which has the record's length; returns the bytes
-/// that are there.
-std::string_view ReadRecordBytes(QFile& file, DbfHeader const& header, std::uint32_t index,
-                                 std::vector<char>& buffer);
 
 } // namespace Ambrel

@@ -4,6 +4,8 @@
 #include "Ambrel/BFileUtilities.h"
 #include "Ambrel/BLogger.h"
 
+#include <QFile>
+
 #include <array>
 #include <new>
 
@@ -48,8 +50,6 @@ void BShpFile::OpenAll(BString const& name) {
     prjFileName = BFileUtilities::ChangeExtension(fileName, ".prj");
     dbfFileName = BFileUtilities::ChangeExtension(fileName, ".dbf");
     dbfFile = BSharedPtr<BDbfFile>(new BDbfFile);
-    mainFile = std::make_unique<QFile>(MakeQString(fileName));
-    indexFile = std::make_unique<QFile>(MakeQString(indexFileName));
     if (mode == writeMode) {
         OpenToWrite();
     } else {
@@ -58,6 +58,8 @@ void BShpFile::OpenAll(BString const& name) {
 }
 
 void BShpFile::OpenToWrite() {
+    mainFile = std::make_unique<QFile>(MakeQString(fileName));
+    indexFile = std::make_unique<QFile>(MakeQString(indexFileName));
     if (!mainFile->open(QIODevice::WriteOnly)) {
         throw BFileNotFoundException(openOperation, fileName);
     }
@@ -74,19 +76,11 @@ void BShpFile::OpenToWrite() {
 }
 
 void BShpFile::OpenToRead() {
-    // What is read ahead is held elsewhere, so the handles need no buffers of their own.
-    constexpr QIODevice::OpenMode readOnly = QIODevice::ReadOnly | QIODevice::Unbuffered;
-    if (!BFileUtilities::Exists(fileName) || !mainFile->open(readOnly)) {
-        throw BFileNotFoundException(openOperation, fileName);
-    }
+    mainInput = std::make_unique<PrivateFile>(openOperation, fileName);
     GetHeader();
-    if (!BFileUtilities::Exists(indexFileName)) {
-        throw BFileNotFoundException(openOperation, indexFileName);
-    }
-    recordCount = ShpIndexEntry::CountIn(BFileUtilities::GetSize(indexFileName));
-    if (!indexFile->open(readOnly)) {
-        throw BFileNotFoundException(openOperation, indexFileName);
-    }
+    indexInput = std::make_unique<PrivateFile>(openOperation, indexFileName);
+    // Sizes of files are taken modulo 2^32.
+    recordCount = ShpIndexEntry::CountIn(static_cast<std::uint32_t>(indexInput->GetSizeAtOpen()));
     if (!BFileUtilities::Exists(dbfFileName)) {
         throw BFileNotFoundException(openOperation, dbfFileName);
     }
@@ -96,9 +90,7 @@ void BShpFile::OpenToRead() {
 
 void BShpFile::GetHeader() {
     std::array<std::uint8_t, ShpFileHeader::size> bytes{};
-    bool const isWhole =
-        ReadAhead(*mainFile, 0, 0).Read(0, bytes.data(), bytes.size(), bytes.size()) ==
-        bytes.size();
+    bool const isWhole = mainInput->Read(0, bytes.data(), bytes.size()) == bytes.size();
     ShpFileHeader const header = ShpFileHeader::Decode(bytes.data());
     if (!isWhole || !header.IsValid()) {
         throw BFileContentNotValidException("BShpFile::GetHeader", fileName);
@@ -141,16 +133,14 @@ BBox BShpFile::GetMBB() const {
 void BShpFile::LoadIndex() {
     std::lock_guard const hold(bufferLock);
     shapeBuffer.Release();
-    if (!mainFile || !indexFile || !mainFile->isOpen() || !indexFile->isOpen()) {
+    if (!mainInput || !indexInput) {
         return;
     }
-    mainFile->seek(0);
     std::uint64_t const size = std::uint64_t{ShpIndexEntry::size} * recordCount;
     try {
         auto copy = std::make_shared<IndexCopy>();
         copy->entries.reset(new std::uint8_t[size]);
-        copy->size = ReadAhead(*indexFile, 0, 0)
-                         .Read(ShpIndexEntry::PositionOf(0), copy->entries.get(), size, size);
+        copy->size = indexInput->Read(ShpIndexEntry::PositionOf(0), copy->entries.get(), size);
         indexBuffer = std::move(copy);
     } catch (std::bad_alloc const&) {
         indexBuffer.reset(); // Entries are read from the file when they are needed.
@@ -169,6 +159,8 @@ void BShpFile::Close() noexcept {
     } else if (dbfFile) {
         dbfFile->Close(); // Whoever else holds the table sees it emptied.
     }
+    mainInput.reset();
+    indexInput.reset();
     mainFile.reset();
     indexFile.reset();
     dbfFile = BSharedPtr<BDbfFile>();

@@ -197,7 +197,9 @@ private:
     void WriteCompanions();
     void RemoveOutputs();
 
-    std::unique_ptr<QFile> mainFile;
+    std::unique_ptr<BInputFile> mainInput; ///< open while the file is open for reading
+    std::unique_ptr<BInputFile> indexInput;
+    std::unique_ptr<QFile> mainFile; ///< there while the file is open for writing
     std::unique_ptr<QFile> indexFile;
     BString fileName;
     BString indexFileName;

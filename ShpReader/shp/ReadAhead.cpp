@@ -1,9 +1,8 @@
 #include "ShpReader/shp/ReadAhead.h"
 
-#include <QFile>
+#include "Ambrel/BInputFile.h"
 
 #include <algorithm>
-#include <cstring>
 
 namespace Ambrel {
 
@@ -16,39 +15,50 @@ constexpr std::int64_t cheapGap = 4096;
 
 std::size_t ReadAhead::Read(std::int64_t position, void* destination, std::size_t size,
                             std::size_t expected) {
-    if (position < 0) {
-        return 0;
-    }
     auto* const bytes = static_cast<std::uint8_t*>(destination);
-    std::size_t done = TakeFromPiece(position, bytes, size);
+    auto const copyFromPiece = [&](std::size_t done) {
+        std::span<std::uint8_t const> const held =
+            FindInPiece(position + static_cast<std::int64_t>(done), size - done);
+        std::copy(held.begin(), held.end(), bytes + done);
+        return held.size();
+    };
+    std::size_t const done = copyFromPiece(0);
     if (done == size) {
         return done;
     }
     std::int64_t const next = position + static_cast<std::int64_t>(done);
     if (largestPiece == 0 || size - done >= largestPiece) {
-        return done + ReadFile(next, bytes + done, size - done);
+        return done + file->Read(next, bytes + done, size - done);
     }
     Refill(next, expected - done);
-    return done + TakeFromPiece(next, bytes + done, size - done);
+    return done + copyFromPiece(done);
 }
 
-std::size_t ReadAhead::TakeFromPiece(std::int64_t position, std::uint8_t* destination,
-                                     std::size_t size) const noexcept {
+std::span<std::uint8_t const> ReadAhead::View(std::int64_t position, std::size_t size,
+                                              std::size_t expected) {
+    std::span<std::uint8_t const> const held = FindInPiece(position, size);
+    if (held.size() == size) {
+        return held;
+    }
+    Refill(position, std::max(size, expected));
+    return FindInPiece(position, size);
+}
+
+std::span<std::uint8_t const> ReadAhead::FindInPiece(std::int64_t position,
+                                                     std::size_t size) const noexcept {
     if (position < start || position - start >= static_cast<std::int64_t>(filled)) {
-        return 0;
+        return {};
     }
     auto const offset = static_cast<std::size_t>(position - start);
-    std::size_t const count = std::min(size, filled - offset);
-    std::memcpy(destination, piece.get() + offset, count);
-    return count;
+    return {piece.get() + offset, std::min(size, filled - offset)};
 }
 
-/// Whether `position` lies behind the piece, with a gap that is cheaper to read than to jump over
-/// or no larger than the piece.
+/// Whether `position` lies in the piece, or behind it with a gap that is cheaper to read than to
+/// jump over or no larger than the piece.
 bool ReadAhead::IsForward(std::int64_t position) const noexcept {
     auto const size = static_cast<std::int64_t>(filled);
     std::int64_t const gap = position - start - size;
-    return size > 0 && gap >= 0 && gap <= std::max<std::int64_t>(size, cheapGap);
+    return size > 0 && position >= start && gap <= std::max<std::int64_t>(size, cheapGap);
 }
 
 void ReadAhead::Refill(std::int64_t position, std::size_t expected) {
@@ -66,17 +76,7 @@ void ReadAhead::Refill(std::int64_t position, std::size_t expected) {
         capacity = wanted;
     }
     start = position;
-    filled = ReadFile(position, piece.get(), wanted);
-}
-
-std::size_t ReadAhead::ReadFile(std::int64_t position, std::uint8_t* destination,
-                                std::size_t size) {
-    if (file->pos() != position && !file->seek(position)) {
-        return 0;
-    }
-    qint64 const count =
-        file->read(reinterpret_cast<char*>(destination), static_cast<qint64>(size));
-    return count > 0 ? static_cast<std::size_t>(count) : 0;
+    filled = file->Read(position, piece.get(), wanted);
 }
 
 } // namespace Ambrel

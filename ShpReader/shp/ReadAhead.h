@@ -3,10 +3,11 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
-
-class QFile;
+#include <span>
 
 namespace Ambrel {
+
+class BInputFile;
 
 /// Reads a file by position through a piece of it that is held in memory.
 ///
@@ -18,7 +19,8 @@ class ReadAhead {
 public:
     /// `largestPiece`: bytes; 0 to read nothing ahead. The file must be open and outlive this;
     /// `fileSize` is its size in bytes.
-    ReadAhead(QFile& newFile, std::uint64_t fileSize, std::size_t newLargestPiece) noexcept
+    ReadAhead(BInputFile const& newFile, std::uint64_t fileSize,
+              std::size_t newLargestPiece) noexcept
         : file(&newFile), allowance(2 * fileSize), largestPiece(newLargestPiece) {}
 
     /// Copies up to `size` bytes from `position` on, and returns how many the file gave. Of the
@@ -27,15 +29,20 @@ public:
     std::size_t Read(std::int64_t position, void* destination, std::size_t size,
                      std::size_t expected);
 
-private:
-    std::size_t TakeFromPiece(std::int64_t position, std::uint8_t* destination,
-                              std::size_t size) const noexcept;
-    void Refill(std::int64_t position, std::size_t expected);
-    std::size_t ReadFile(std::int64_t position, std::uint8_t* destination, std::size_t size);
+    /// As Read, without a copy: the bytes stay valid until the next call of either. REQUIRES:
+    /// CanView(size).
+    std::span<std::uint8_t const> View(std::int64_t position, std::size_t size,
+                                       std::size_t expected);
+    bool CanView(std::size_t size) const noexcept { return size <= largestPiece; }
 
+private:
+    /// What the piece holds of `size` bytes from `position` on.
+    std::span<std::uint8_t const> FindInPiece(std::int64_t position,
+                                              std::size_t size) const noexcept;
+    void Refill(std::int64_t position, std::size_t expected);
     bool IsForward(std::int64_t position) const noexcept;
 
-    QFile* file;
+    BInputFile const* file;
     std::uint64_t allowance; ///< bytes that may still be read ahead of what is asked for
     std::size_t largestPiece;
     std::unique_ptr<std::uint8_t[]> piece;

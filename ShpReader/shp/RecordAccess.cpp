@@ -2,8 +2,6 @@
 
 #include "Ambrel/BException.h"
 
-#include <QFileInfo>
-
 #include <array>
 #include <new>
 
@@ -24,19 +22,16 @@ void ContentBuffer::Release() noexcept {
     capacity = 0;
 }
 
-PrivateFile::PrivateFile(char const* operation, BString const& path) : handle(MakeQString(path)) {
-    // A pipe or a device that has taken the file's place would block: only regular files are
-    // opened.
-    QFileInfo const info(handle.fileName());
-    if (!info.isFile() || !handle.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
+PrivateFile::PrivateFile(char const* operation, BString const& path) : BInputFile(path) {
+    if (!IsOpen()) {
         throw BFileNotFoundException(operation, path);
     }
-    size = static_cast<std::uint64_t>(info.size());
 }
 
-RecordAccess::RecordAccess(QFile& mainHandle, std::uint64_t newMainSize,
-                           std::shared_ptr<IndexCopy const> newIndexCopy, QFile* newIndexHandle,
-                           BString const& newIndexPath, std::size_t piece)
+RecordAccess::RecordAccess(BInputFile const& mainHandle, std::uint64_t newMainSize,
+                           std::shared_ptr<IndexCopy const> newIndexCopy,
+                           BInputFile const* newIndexHandle, BString const& newIndexPath,
+                           std::size_t piece)
     : mainSize(newMainSize), main(mainHandle, mainSize, piece), indexCopy(std::move(newIndexCopy)),
       indexHandle(newIndexHandle), indexPath(newIndexPath), largestPiece(piece) {}
 
@@ -51,9 +46,9 @@ ShpIndexEntry RecordAccess::FindEntry(std::uint32_t recordIndex) {
     if (!index) {
         if (!indexHandle) {
             ownIndex = std::make_unique<PrivateFile>("BShpFile::ReadRecord", indexPath);
-            indexHandle = &ownIndex->handle;
+            indexHandle = ownIndex.get();
         }
-        index.emplace(*indexHandle, static_cast<std::uint64_t>(indexHandle->size()), largestPiece);
+        index.emplace(*indexHandle, indexHandle->GetSize(), largestPiece);
     }
     index->Read(ShpIndexEntry::PositionOf(recordIndex), entry.data(), entry.size(), entry.size());
     return ShpIndexEntry::Decode(entry.data());

@@ -1,10 +1,9 @@
 #pragma once
 
+#include "Ambrel/BInputFile.h"
 #include "Ambrel/BString.h"
 #include "ShpReader/shp/ReadAhead.h"
 #include "ShpReader/shp/ShpFormat.h"
-
-#include <QFile>
 
 #include <limits>
 #include <memory>
@@ -30,14 +29,11 @@ struct ContentBuffer {
     void Release() noexcept;
 };
 
-/// A handle of one operation's own, open for reading, and the file's size in bytes when it was
-/// opened. Throws BFileNotFoundException (operation, path) when the path is no regular file or does
-/// not open.
-struct PrivateFile {
+/// A handle of one operation's own, open for reading. Throws BFileNotFoundException (operation,
+/// path) when the path is no regular file or does not open.
+class PrivateFile final : public BInputFile {
+public:
     PrivateFile(char const* operation, BString const& path);
-
-    QFile handle;
-    std::uint64_t size;
 };
 
 /// One operation's way to the records of a main file: its handles, what it reads ahead, and its
@@ -50,8 +46,8 @@ public:
     /// `mainHandle` is open and outlives this; its file has `newMainSize` bytes. Index entries come
     /// from `indexCopy`; where that is null, through `indexHandle`, or when that is null too,
     /// through a handle on `indexPath` made at the first need. `piece`: see ReadAhead.
-    RecordAccess(QFile& mainHandle, std::uint64_t newMainSize,
-                 std::shared_ptr<IndexCopy const> newIndexCopy, QFile* newIndexHandle,
+    RecordAccess(BInputFile const& mainHandle, std::uint64_t newMainSize,
+                 std::shared_ptr<IndexCopy const> newIndexCopy, BInputFile const* newIndexHandle,
                  BString const& newIndexPath, std::size_t piece);
 
     /// The entry of record `index`; zeros where the file does not hold it. Throws
@@ -63,6 +59,12 @@ public:
     std::size_t ReadContent(std::int64_t position, std::uint8_t* destination, std::size_t size) {
         return main.Read(position, destination, size, size);
     }
+    /// The same without a copy, valid until the next call of any of these. REQUIRES:
+    /// CanViewContent(size).
+    std::span<std::uint8_t const> ViewContent(std::int64_t position, std::size_t size) {
+        return main.View(position, size, size);
+    }
+    bool CanViewContent(std::size_t size) const noexcept { return main.CanView(size); }
     /// The bytes that the main file holds from `position` on.
     std::uint64_t BytesBehind(std::int64_t position) const noexcept;
 
@@ -76,7 +78,7 @@ private:
     std::uint64_t mainSize; ///< bytes, when the operation began
     ReadAhead main;
     std::shared_ptr<IndexCopy const> indexCopy;
-    QFile* indexHandle;
+    BInputFile const* indexHandle;
     BString indexPath;
     std::size_t largestPiece;
     std::unique_ptr<PrivateFile> ownIndex;

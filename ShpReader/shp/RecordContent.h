@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <span>
 
 namespace Ambrel {
 
@@ -25,6 +26,8 @@ class RecordContent {
 public:
     RecordContent(std::uint8_t const* newBytes, std::size_t newSize) noexcept
         : bytes(newBytes), size(newSize) {}
+    explicit RecordContent(std::span<std::uint8_t const> content) noexcept
+        : RecordContent(content.data(), content.size()) {}
     /// No content, and why.
     explicit RecordContent(RecordFault reason) noexcept : missingBecause(reason) {}
 

@@ -29,22 +29,20 @@ std::shared_ptr<IndexCopy const> BShpFile::HoldIndex() const {
 }
 
 RecordAccess BShpFile::AccessPrivately(PrivateFile& main, std::size_t piece) const {
-    return {main.handle, main.size, HoldIndex(), nullptr, indexFileName, piece};
+    return {main, main.GetSizeAtOpen(), HoldIndex(), nullptr, indexFileName, piece};
 }
 
 RecordAccess BShpFile::AccessShared(std::size_t piece) {
     // A failed Open may have left the handles unopened.
-    if (!mainFile || !mainFile->isOpen()) {
+    if (!mainInput) {
         throw BFileNotFoundException("BShpFile::Read", fileName);
     }
-    QFile* const openIndex = indexFile && indexFile->isOpen() ? indexFile.get() : nullptr;
-    return {*mainFile,     static_cast<std::uint64_t>(mainFile->size()),
-            HoldIndex(),   openIndex,
-            indexFileName, piece};
+    return {*mainInput, mainInput->GetSize(), HoldIndex(), indexInput.get(), indexFileName, piece};
 }
 
-/// The content of record `index`, of which at most `mostBytes` are read, in `buffer`. The length in
-/// the index governs; what the file does not hold of it is left out.
+/// The content of record `index`, of which at most `mostBytes` are read, valid until the next call:
+/// in `buffer`, or where that is not the shared one, in what is read ahead. The length in the index
+/// governs; what the file does not hold of it is left out.
 RecordContent BShpFile::ReadRecord(std::uint32_t index, RecordAccess& access, ContentBuffer& buffer,
                                    bool reuseBuffers, std::uint32_t mostBytes) const {
     RequireIndex(index, "BShpFile::ReadRecord");
@@ -69,6 +67,9 @@ RecordContent BShpFile::ReadRecord(std::uint32_t index, RecordAccess& access, Co
     access.contentBudget -= size;
     if (wanted > 0 && size == 0) {
         return RecordContent(RecordFault::TooShort);
+    }
+    if (!reuseBuffers && access.CanViewContent(size)) {
+        return RecordContent(access.ViewContent(contentPosition, size));
     }
     // A record of no bytes does not make the shared buffer come into being.
     bool const hasRoom = reuseBuffers && size == 0 ? buffer.bytes != nullptr : buffer.Provide(size);

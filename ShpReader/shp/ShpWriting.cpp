@@ -6,6 +6,8 @@
 #include "Ambrel/BFileUtilities.h"
 #include "Ambrel/BLogger.h"
 
+#include <QFile>
+
 #include <array>
 
 namespace Ambrel {

@@ -1,3 +1,4 @@
+#include "Ambrel/BInputFile.h"
 #include "Expectations.h"
 #include "LogCapture.h"
 #include "ShpReader/dbf/BDbfFile.h"
@@ -6,7 +7,6 @@
 
 #include <gtest/gtest.h>
 
-#include <QFile>
 #include <QTextCodec>
 
 #include <fstream>
@@ -164,15 +164,14 @@ TEST_F(RecordReading, AnyOrderThroughEitherHandleGivesTheSameValues) {
 }
 
 /// Says how much is read through it.
-class CountingFile final : public QFile {
+class CountingFile final : public BInputFile {
 public:
-    using QFile::QFile;
-    std::int64_t bytesRead = 0;
-    int readCount = 0;
+    using BInputFile::BInputFile;
+    mutable std::size_t bytesRead = 0;
+    mutable int readCount = 0;
 
-protected:
-    qint64 readData(char* data, qint64 size) override {
-        qint64 const held = QFile::readData(data, size);
+    std::size_t Read(std::int64_t position, void* destination, std::size_t size) const override {
+        std::size_t const held = BInputFile::Read(position, destination, size);
         bytesRead += held;
         ++readCount;
         return held;
@@ -183,9 +182,9 @@ TEST_F(RecordReading, OnlySequentialReadsFetchAhead) {
     constexpr std::uint32_t count = 20000;
     Open(Rows(count));
     DbfHeader const header = table.GetHeader();
-    auto const length = static_cast<std::int64_t>(header.recordLength);
-    CountingFile file(MakeQString(folder.File("t.dbf")));
-    ASSERT_TRUE(file.open(QIODevice::ReadOnly | QIODevice::Unbuffered));
+    std::size_t const length = header.recordLength;
+    CountingFile file(folder.File("t.dbf"));
+    ASSERT_TRUE(file.IsOpen());
     RecordWindow window;
     for (std::uint32_t i = 0; i < count; ++i) {
         EXPECT_EQ(window.Fetch(file, header, i).size(), header.recordLength);

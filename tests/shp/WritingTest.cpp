@@ -1,5 +1,7 @@
 #include "ShpSupport.h"
 
+#include <QFile>
+
 #include <limits>
 
 namespace Ambrel::Test {

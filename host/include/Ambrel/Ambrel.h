@@ -15,6 +15,7 @@
 #include "Ambrel/BFeature.h"
 #include "Ambrel/BFeatureCollection.h"
 #include "Ambrel/BFileUtilities.h"
+#include "Ambrel/BInputFile.h"
 #include "Ambrel/BGeometry.h"
 #include "Ambrel/BKeyValuePairs.h"
 #include "Ambrel/BLayer.h"
