@@ -18,13 +18,29 @@ bool IsAscii(std::string_view text) noexcept {
     return std::all_of(text.begin(), text.end(), [](char c) { return (c & 0x80) == 0; });
 }
 
-/// Of the length and of up to eight bytes at either end.
+template <class T>
+std::uint64_t Load(char const* bytes) noexcept {
+    T value;
+    std::memcpy(&value, bytes, sizeof value);
+    return value;
+}
+
+/// Of the length and of up to eight bytes at either end. REQUIRES: the text is not empty.
 std::size_t HashOf(std::string_view text) noexcept {
+    char const* const first = text.data();
+    char const* const end = first + text.size();
     std::uint64_t head = 0;
     std::uint64_t tail = 0;
-    std::size_t const count = std::min(text.size(), sizeof head);
-    std::memcpy(&head, text.data(), count);
-    std::memcpy(&tail, text.data() + text.size() - count, count);
+    if (text.size() >= sizeof(std::uint64_t)) {
+        head = Load<std::uint64_t>(first);
+        tail = Load<std::uint64_t>(end - sizeof(std::uint64_t));
+    } else if (text.size() >= sizeof(std::uint32_t)) {
+        head = Load<std::uint32_t>(first);
+        tail = Load<std::uint32_t>(end - sizeof(std::uint32_t));
+    } else {
+        head = Load<std::uint8_t>(first) << 8 | Load<std::uint8_t>(first + text.size() / 2);
+        tail = Load<std::uint8_t>(end - 1);
+    }
     return ((head ^ (tail * 31) ^ text.size()) * 0x9E3779B97F4A7C15U) >> 32;
 }
 
@@ -45,10 +61,15 @@ BVariant ConvertDate(std::string_view field, TextCache* cache) {
 } // namespace
 
 BString TextCache::Share(std::string_view text) {
+    if (textsSinceHit >= hopelessAfter && ++textsSinceHit % triedWhenHopeless != 0) {
+        return {text.data(), text.size()};
+    }
     BString& held = texts[HashOf(text) % texts.size()];
     if (held.Utf8() == text) {
+        textsSinceHit = 0;
         return held;
     }
+    ++textsSinceHit;
     BString made(text.data(), text.size());
     // What other bytes than ASCII mean depends on the codec, which may change between two records.
     if (IsAscii(text)) {

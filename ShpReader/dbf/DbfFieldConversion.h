@@ -18,12 +18,18 @@ std::string_view GetFieldBytes(std::string_view record, std::int32_t offset,
 std::string_view GetTrimmedText(std::string_view field) noexcept;
 
 /// The texts that one column had lately, to be shared when they come again: columns are repetitive,
-/// and a shared text costs neither time nor memory.
+/// and a shared text costs neither time nor memory. In a column whose texts do not come again, few
+/// are looked up.
 class TextCache {
 public:
+    /// REQUIRES: the text is not empty.
     BString Share(std::string_view text);
 
 private:
+    static constexpr std::uint32_t hopelessAfter = 512;
+    static constexpr std::uint32_t triedWhenHopeless = 16; ///< one of so many
+
+    std::uint32_t textsSinceHit = 0;
     std::array<BString, 64> texts; ///< each where its hash says; ASCII only
 };
 

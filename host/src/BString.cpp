@@ -101,7 +101,7 @@ BString::Rep* BString::Allocate(std::size_t size) {
         throw std::length_error("text longer than 2 GiB");
     }
     void* const memory = detail::TakeBlock(sizeof(Rep) + size + 1);
-    return new (memory) Rep{{1}, {static_cast<std::uint32_t>(size)}};
+    return new (memory) Rep{detail::HolderCount(1), {static_cast<std::uint32_t>(size)}};
 }
 
 void BString::Free(Rep* rep) noexcept {

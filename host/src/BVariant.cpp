@@ -16,12 +16,12 @@ namespace {
 
 template <class T>
 void Hold(T* list) noexcept {
-    list->holders.fetch_add(1, std::memory_order_relaxed);
+    list->holders.Increment();
 }
 
 template <class T>
 void Release(T* list) noexcept {
-    if (list->holders.fetch_sub(1, std::memory_order_acq_rel) == 1) {
+    if (list->holders.Decrement()) {
         delete list;
     }
 }
@@ -70,9 +70,6 @@ std::optional<bool> TextAsBoolean(std::string_view text) noexcept {
 BVariant::BVariant(BString const& value, int length)
     : BVariant(length > 0 ? value.Left(static_cast<std::uint64_t>(length)) : BString(value)) {}
 
-BVariant::BVariant(BString&& value) noexcept
-    : type(VAR_STRING), storage(Storage::Text), text(std::move(value)) {}
-
 BVariant::BVariant(char const* value) : BVariant(BString(value)) {}
 
 BVariant::BVariant(double const* values, int count)
@@ -102,32 +99,8 @@ BVariant::BVariant(BVariant const& other) noexcept : type(other.type), storage(o
     }
 }
 
-BVariant::BVariant(BVariant&& other) noexcept : type(other.type), storage(other.storage) {
-    Take(other);
-}
-
-void BVariant::Take(BVariant& other) noexcept {
-    if (storage == Storage::Text) {
-        new (&text) BString(std::move(other.text));
-        other.text.~BString();
-    } else {
-        std::memcpy(&integer, &other.integer, sizeof integer);
-    }
-    other.type = VAR_NONE;
-    other.storage = Storage::Nothing;
-    other.integer = 0;
-}
-
 BVariant& BVariant::operator=(BVariant const& other) noexcept {
     return *this = BVariant(other);
-}
-
-BVariant& BVariant::operator=(BVariant&& other) noexcept {
-    if (this != &other) {
-        this->~BVariant();
-        new (this) BVariant(std::move(other));
-    }
-    return *this;
 }
 
 void BVariant::ReleaseShared() noexcept {

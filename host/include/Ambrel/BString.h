@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Ambrel/Config.h"
+#include "Ambrel/HolderCount.h"
 
 #include <QString>
 
@@ -90,7 +91,7 @@ private:
     struct Rep {
         static constexpr std::uint32_t wideFlag = 0x80000000U;
 
-        std::atomic<std::uint32_t> holders;
+        detail::HolderCount holders;
         std::atomic<std::uint32_t>
             sizeAndFlag; ///< bytes without the NUL; whether there is a wide form
 
@@ -104,11 +105,11 @@ private:
 
     void Hold() const noexcept {
         if (rep) {
-            rep->holders.fetch_add(1, std::memory_order_relaxed);
+            rep->holders.Increment();
         }
     }
     void Release() noexcept {
-        if (rep && rep->holders.fetch_sub(1, std::memory_order_acq_rel) == 1) {
+        if (rep && rep->holders.Decrement()) {
             Free(rep);
         }
     }

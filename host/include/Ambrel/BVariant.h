@@ -3,6 +3,8 @@
 #include "Ambrel/BString.h"
 
 #include <cstdint>
+#include <cstring>
+#include <new>
 #include <optional>
 #include <vector>
 
@@ -46,7 +48,8 @@ public:
     BVariant(bool value) noexcept : type(VAR_BOOLEAN), storage(Storage::Integer), integer(value) {}
     /// Text: the first `length` characters, or all of it when `length` is 0.
     BVariant(BString const& value, int length = 0);
-    BVariant(BString&& value) noexcept;
+    BVariant(BString&& value) noexcept
+        : type(VAR_STRING), storage(Storage::Text), text(std::move(value)) {}
     BVariant(char const* value);
     /// Lists, copied from `count` elements.
     BVariant(double const* values, int count);
@@ -55,9 +58,15 @@ public:
     BVariant(BString const* values, int count);
 
     BVariant(BVariant const& other) noexcept;
-    BVariant(BVariant&& other) noexcept;
+    BVariant(BVariant&& other) noexcept : type(other.type), storage(other.storage) { Take(other); }
     BVariant& operator=(BVariant const& other) noexcept;
-    BVariant& operator=(BVariant&& other) noexcept;
+    BVariant& operator=(BVariant&& other) noexcept {
+        if (this != &other) {
+            this->~BVariant();
+            new (this) BVariant(std::move(other));
+        }
+        return *this;
+    }
     ~BVariant() {
         if (storage >= Storage::Text) {
             ReleaseShared();
@@ -113,13 +122,24 @@ private:
 
     template <class T>
     struct List {
-        std::atomic<std::uint32_t> holders{1};
+        detail::HolderCount holders{1};
         std::vector<T> values;
     };
 
     bool IsUnsigned64() const noexcept { return type == VAR_UNSIGNED_INTEGER64; }
     void ReleaseShared() noexcept;
-    void Take(BVariant& other) noexcept;
+    /// Takes over what `other`, of the same storage, has, and leaves it null.
+    void Take(BVariant& other) noexcept {
+        if (storage == Storage::Text) {
+            new (&text) BString(std::move(other.text));
+            other.text.~BString();
+        } else {
+            std::memcpy(&integer, &other.integer, sizeof integer);
+        }
+        other.type = VAR_NONE;
+        other.storage = Storage::Nothing;
+        other.integer = 0;
+    }
     /// The value cut to an integer; `isNegative` tells how to read the 64 bits.
     struct Whole {
         std::uint64_t bits;
