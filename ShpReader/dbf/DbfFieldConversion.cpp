@@ -88,6 +88,10 @@ std::string_view GetFieldBytes(std::string_view record, std::int32_t offset,
 }
 
 std::string_view GetTrimmedText(std::string_view field) noexcept {
+    constexpr std::string_view blanks = "        ";
+    while (field.ends_with(blanks)) {
+        field.remove_suffix(blanks.size());
+    }
     while (!field.empty() && field.back() == dbfBlank) {
         field.remove_suffix(1);
     }
@@ -99,9 +103,10 @@ std::string_view GetTrimmedText(std::string_view field) noexcept {
 
 BVariant ConvertField(std::string_view field, EVariantType type, TextCache* cache) {
     switch (type) {
-    case VAR_INTEGER: return {ParseInteger(CutAtNul(field))};
-    case VAR_INTEGER64: return {ParseInteger64(CutAtNul(field))};
-    case VAR_DOUBLE: return {ParseDouble(CutAtNul(field))};
+    // A number ends before the first NUL, as before any character that is not part of it.
+    case VAR_INTEGER: return {ParseInteger(field)};
+    case VAR_INTEGER64: return {ParseInteger64(field)};
+    case VAR_DOUBLE: return {ParseDouble(field)};
     case VAR_BOOLEAN: return {field.find_first_of("TtYy1") != std::string_view::npos};
     case VAR_DATE: return ConvertDate(field, cache);
     default: return {MakeText(GetTrimmedText(field), cache)};

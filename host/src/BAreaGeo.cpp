@@ -61,6 +61,40 @@ int SignOfArea(BPoints const& ring) noexcept {
     return ExactSignOfArea(ring);
 }
 
+/// The sides of the box on which the vertex lies beyond it, a bit for each.
+unsigned SidesBeyond(BRect const& box, BPoint const& vertex) noexcept {
+    return (vertex.X < box.xMin ? 1U : 0U) | (vertex.X > box.xMax ? 2U : 0U) |
+           (vertex.Y < box.yMin ? 4U : 0U) | (vertex.Y > box.yMax ? 8U : 0U);
+}
+
+/// Whether any edge of the ring may meet the box: not both of its ends lie beyond the same side.
+/// REQUIRES: the ring has a vertex.
+bool ComesNear(BPoints const& ring, BRect const& box) noexcept {
+    bool isNear = false;
+    unsigned previous = SidesBeyond(box, ring.GetLast());
+    for (BPoint const& vertex : ring) {
+        unsigned const sides = SidesBeyond(box, vertex);
+        isNear |= (sides & previous) == 0;
+        previous = sides;
+    }
+    return isNear;
+}
+
+/// Walks the ring for every vertex or, where no edge comes near them, so that all lie on the same
+/// side of it, for one.
+bool ContainsByWalking(BPoints const& ring, BPoints const& vertices) noexcept {
+    if (vertices.GetCount() == 0) {
+        return true;
+    }
+    if (ring.GetCount() == 0 || !IsFiniteRing(ring) || !IsFiniteRing(vertices)) {
+        return false;
+    }
+    BPoint const* const end =
+        ComesNear(ring, BoxOfVertices(vertices, false)) ? vertices.end() : vertices.begin() + 1;
+    return std::all_of(vertices.begin(), end,
+                       [&](BPoint const& vertex) { return IsOnOrInside(ring, vertex); });
+}
+
 BSharedPtr<BAreaGeo> CloneArea(BSharedPtr<BAreaGeo> const& area) {
     if (!area) {
         return {};
@@ -84,12 +118,7 @@ bool BPolygon::Contains(BPoints const& vertices) const {
             return ringIndex->IsOnOrInside(points, vertex);
         });
     }
-    if (vertices.GetCount() == 0) {
-        return true;
-    }
-    return IsFiniteRing(points) &&
-           std::all_of(vertices.begin(), vertices.end(),
-                       [this](BPoint const& vertex) { return IsOnOrInside(points, vertex); });
+    return ContainsByWalking(points, vertices);
 }
 
 RingIndex const* BPolygon::Index() const {

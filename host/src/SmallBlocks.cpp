@@ -156,8 +156,6 @@ union SharedBlocksForever {
 };
 constinit SharedBlocksForever forever;
 
-enum class ThreadState : unsigned char { New, Running, Ended };
-
 /// The free blocks of one size that one thread has.
 struct OwnBlocks {
     Chain taken;    ///< from the shared ones
@@ -165,11 +163,9 @@ struct OwnBlocks {
     std::size_t returnedCount = 0;
 };
 
-/// The free blocks of one thread. It has no destructor, so that it can still be asked after the
-/// thread's other variables have gone.
+/// The free blocks of one thread.
 struct ThreadBlocks {
     std::array<OwnBlocks, sizeCount> sizes{};
-    ThreadState state = ThreadState::New;
 
     void GiveReturned(std::size_t index) noexcept {
         OwnBlocks& own = sizes[index];
@@ -177,29 +173,50 @@ struct ThreadBlocks {
         own.returnedCount = 0;
     }
 };
-constinit thread_local ThreadBlocks threadBlocks;
 
-/// Hands the thread's blocks over when it ends.
-struct AtThreadEnd {
-    void Arm() noexcept { threadBlocks.state = ThreadState::Running; }
-    ~AtThreadEnd() {
-        for (std::size_t index = 0; index < sizeCount; ++index) {
-            threadBlocks.GiveReturned(index);
-            forever.blocks.Give(index, std::exchange(threadBlocks.sizes[index].taken, Chain()));
+#if defined(__GNUC__)
+/// Found without a call, in memory that every thread has from its start. There is little of that
+/// for libraries that are loaded late: enough for a pointer.
+#define AMBREL_QUICK_THREAD_LOCAL __attribute__((tls_model("initial-exec"))) thread_local
+#else
+#define AMBREL_QUICK_THREAD_LOCAL thread_local
+#endif
+/// Null before the thread's first block, and again after the thread's other variables have gone.
+constinit AMBREL_QUICK_THREAD_LOCAL ThreadBlocks* threadBlocks = nullptr;
+/// Outside the owner, which is gone by the time that this is asked.
+constinit thread_local bool hasThreadEnded = false;
+
+/// Owns the thread's blocks, and hands them over when the thread ends.
+class ThreadBlocksOwner {
+public:
+    /// Null when there is no memory, and when the thread has ended.
+    ThreadBlocks* Make() noexcept {
+        if (!hasThreadEnded && !threadBlocks) {
+            threadBlocks = new (std::nothrow) ThreadBlocks;
         }
-        threadBlocks.state = ThreadState::Ended;
+        return threadBlocks;
+    }
+    ~ThreadBlocksOwner() {
+        hasThreadEnded = true;
+        if (!threadBlocks) {
+            return;
+        }
+        for (std::size_t index = 0; index < sizeCount; ++index) {
+            threadBlocks->GiveReturned(index);
+            forever.blocks.Give(index, std::exchange(threadBlocks->sizes[index].taken, Chain()));
+        }
+        delete std::exchange(threadBlocks, nullptr);
     }
 };
-thread_local AtThreadEnd atThreadEnd;
+thread_local ThreadBlocksOwner threadBlocksOwner;
 
-Cell* TakeFromShared(ThreadBlocks& own, std::size_t index) {
-    if (own.state == ThreadState::Ended) {
-        return forever.blocks.TakeOne(index);
-    }
-    atThreadEnd.Arm();
-    Chain& taken = own.sizes[index].taken;
-    taken = forever.blocks.TakeAll(index);
-    return taken.Pop();
+ThreadBlocks* FindThreadBlocks() noexcept {
+    return threadBlocks ? threadBlocks : threadBlocksOwner.Make();
+}
+
+Cell* TakeFromShared(OwnBlocks& own, std::size_t index) {
+    own.taken = forever.blocks.TakeAll(index);
+    return own.taken.Pop();
 }
 
 } // namespace
@@ -209,12 +226,16 @@ void* TakeBlock(std::size_t size) {
         return ::operator new(size);
     }
     std::size_t const index = SizeIndex(size);
-    OwnBlocks& own = threadBlocks.sizes[index];
+    ThreadBlocks* const blocks = FindThreadBlocks();
+    if (!blocks) {
+        return forever.blocks.TakeOne(index);
+    }
+    OwnBlocks& own = blocks->sizes[index];
     if (own.returned.first) {
         --own.returnedCount;
         return own.returned.Pop();
     }
-    return own.taken.first ? own.taken.Pop() : TakeFromShared(threadBlocks, index);
+    return own.taken.first ? own.taken.Pop() : TakeFromShared(own, index);
 }
 
 void GiveBlock(void* block, std::size_t size) noexcept {
@@ -227,17 +248,15 @@ void GiveBlock(void* block, std::size_t size) noexcept {
     }
     std::size_t const index = SizeIndex(size);
     Cell* const cell = new (block) Cell{nullptr};
-    if (threadBlocks.state == ThreadState::Ended) {
+    ThreadBlocks* const blocks = FindThreadBlocks();
+    if (!blocks) {
         forever.blocks.Give(index, {cell, cell});
         return;
     }
-    if (threadBlocks.state == ThreadState::New) {
-        atThreadEnd.Arm();
-    }
-    OwnBlocks& own = threadBlocks.sizes[index];
+    OwnBlocks& own = blocks->sizes[index];
     own.returned.Push(cell);
     if (++own.returnedCount == returnedLimit) {
-        threadBlocks.GiveReturned(index);
+        blocks->GiveReturned(index);
     }
 }
 
