@@ -1,8 +1,7 @@
+#include "Interrupt.h"
+#include "SmallFile.h"
 #include "ToolRun.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
 #include <cmath>
 #include <limits>
 
@@ -11,288 +10,205 @@ namespace {
 
 using Json = nlohmann::json;
 
-constexpr double noData = -1e39;
+constexpr double infinity = std::numeric_limits<double>::infinity();
+std::string const modes[] = {"stream", "memory", "cache", "direct"};
 
-class Export : public testing::Test {
-protected:
-    /// Writes the shapefile "map" and exports it.
-    Json Features(ShapefileBuilder const& builder, std::vector<std::string> const& more = {}) {
-        std::vector<std::string> arguments = {"export", Text(builder.WriteTo(folder, "map"))};
-        arguments.insert(arguments.end(), more.begin(), more.end());
-        return RunForJson(arguments)["features"];
-    }
-    Json FirstGeometry(ShapefileBuilder const& builder) { return Features(builder)[0]["geometry"]; }
+using Export = ToolTest;
 
-    TemporaryFolder folder;
-};
-
-TEST_F(Export, WritesAPointFeatureWhole) {
+TEST_F(Export, WritesFeaturesWhole) {
     ShapefileBuilder builder(1);
-    builder.Field("name", 'C', 8).Field("level", 'N', 4).Row({"Ba\"se", "-7"}).Point(0.1, -2);
-    ToolRun const run = RunTool({"export", Text(builder.WriteTo(folder, "map"))});
-    EXPECT_EQ(run.exitCode, 0);
-    EXPECT_EQ(run.out,
-              R"({"type":"FeatureCollection","name":"map","features":[)"
-              "\n"
-              R"({"type":"Feature","id":0,"geometry":{"type":"Point","coordinates":[0.1,-2]},)"
-              R"("properties":{"name":"Ba\"se","level":-7}})"
-              "\n]}\n");
+    builder.Field("text", 'C', 6).Field("whole", 'N', 5).Field("long", 'N', 12);
+    builder.Field("real", 'N', 9, 3).Field("day", 'D', 8).Field("yes", 'L', 1).Field("no", 'L', 1);
+    builder.Row({"ä,\"", "-7", "123456789012", "1.250", "20210315", "T", "F"}).Point(0.1, -2);
+    Write(builder);
+    std::string const json = R"({"type":"FeatureCollection","name":"map","features":[
+{"type":"Feature","id":0,"geometry":{"type":"Point","coordinates":[0.1,-2]},)"
+                             R"("properties":{"text":"ä,\"","whole":-7,"long":123456789012,)"
+                             R"("real":1.25,"day":"2021-03-15","yes":true,"no":false}}
+]}
+)";
+    EXPECT_EQ(RunTool("export map.shp"), Printed(json));
+    std::string const csv =
+        "text,whole,long,real,day,yes,no,wkt\r\n"
+        "\"ä,\"\"\",-7,123456789012,1.25,2021-03-15,true,false,POINT (0.1 -2)\r\n";
+    EXPECT_EQ(RunTool("export map.shp --format csv"), Printed(csv));
 }
 
-TEST_F(Export, WritesNoFeatures) {
-    EXPECT_EQ(Features(ShapefileBuilder(5)), Json::array());
+TEST_F(Export, QuotesTextAndWritesOnlyTrueDatesWithHyphens) {
+    ShapefileBuilder builder(1);
+    builder.Field("text", 'C', 9).Field("day", 'D', 8).Null().Null().Null().Null().Null();
+    builder.Row({"a \"b\" \\ c", "20240229"}).Row({"a,b", "20230229"}).Row({"1\n2\r3", "20211301"});
+    builder.Row({"\t\b\f\x01\x1F", "2021031"}).Row({"5\" pipe", "2021 315"});
+    Write(builder);
+    EXPECT_EQ(RunTool("export map.shp"),
+              Printed(R"({"type":"FeatureCollection","name":"map","features":[
+{"type":"Feature","id":0,"geometry":null,"properties":{"text":"a \"b\" \\ c","day":"2024-02-29"}},
+{"type":"Feature","id":1,"geometry":null,"properties":{"text":"a,b","day":"20230229"}},
+{"type":"Feature","id":2,"geometry":null,"properties":{"text":"1\n2\r3","day":"20211301"}},
+{"type":"Feature","id":3,"geometry":null,"properties":{"text":"\t\b\f\u0001\u001f","day":"2021031"}},
+{"type":"Feature","id":4,"geometry":null,"properties":{"text":"5\" pipe","day":"2021 315"}}
+]}
+)"));
+    EXPECT_EQ(RunTool("export map.shp --format csv"), Printed("text,day,wkt\r\n"
+                                                              "\"a \"\"b\"\" \\ c\",2024-02-29,\r\n"
+                                                              "\"a,b\",20230229,\r\n"
+                                                              "\"1\n2\r3\",20211301,\r\n"
+                                                              "\t\b\f\x01\x1F,2021031,\r\n"
+                                                              "\"5\"\" pipe\",2021 315,\r\n"));
 }
 
 TEST_F(Export, WritesEachKindOfGeometry) {
     Vertices const square = {{0, 0}, {0, 9}, {9, 9}, {9, 0}, {0, 0}}; // clockwise: a shell
     Vertices const hole = {{2, 2}, {4, 2}, {4, 4}, {2, 2}};
     Vertices const far = {{20, 0}, {20, 9}, {29, 9}, {20, 0}};
-    auto const squareText = "[[0,0],[9,0],[9,9],[0,9],[0,0]]";
-    auto const holeText = "[[2,2],[4,4],[4,2],[2,2]]";
-    auto const farText = "[[20,0],[29,9],[20,9],[20,0]]";
-    std::string const donut = std::string(squareText) + "," + holeText;
+    Parts const line = {{{1, 2}, {3, 4}}};
     struct {
         ShapefileBuilder builder;
-        char const* type;
-        std::string coordinates;
+        std::string geoJson;
+        std::string csv;
     } const cases[] = {
-        {ShapefileBuilder(8).MultiPoint({{1, 2}, {3, 4}}), "MultiPoint", "[[1,2],[3,4]]"},
-        {ShapefileBuilder(8).MultiPoint({}), "MultiPoint", "[]"},
-        {ShapefileBuilder(3).Polyline({{{1, 2}, {3, 4}}}), "LineString", "[[1,2],[3,4]]"},
-        {ShapefileBuilder(3).Polyline({{{1, 2}, {3, 4}}, {{5, 6}, {7, 8}}}), "MultiLineString",
-         "[[[1,2],[3,4]],[[5,6],[7,8]]]"},
-        {ShapefileBuilder(5).Polygon({square}), "Polygon", "[" + std::string(squareText) + "]"},
-        {ShapefileBuilder(5).Polygon({square, hole}), "Polygon", "[" + donut + "]"},
-        {ShapefileBuilder(5).Polygon({square, hole, far}), "MultiPolygon",
-         "[[" + donut + "],[" + farText + "]]"},
-        {ShapefileBuilder(11).Point(1, 2, 3), "Point", "[1,2,3]"},
-        {ShapefileBuilder(13).Polyline({{{1, 2}, {3, 4}}}, {5, 6}), "LineString",
-         "[[1,2,5],[3,4,6]]"},
+        {ShapefileBuilder(5).Null(), "null", ""},
+        {ShapefileBuilder(1).Point(1, 2), "Point [1,2]", "POINT (1 2)"},
+        {ShapefileBuilder(11).Point(1, 2, 3), "Point [1,2,3]", "POINT Z (1 2 3)"},
+        {ShapefileBuilder(8).MultiPoint({{1, 2}, {3, 4}}), "MultiPoint [[1,2],[3,4]]",
+         "\"MULTIPOINT ((1 2), (3 4))\""},
+        {ShapefileBuilder(8).MultiPoint({}), "MultiPoint []", "MULTIPOINT EMPTY"},
+        {ShapefileBuilder(13).Polyline(line, {5, 6}), "LineString [[1,2,5],[3,4,6]]",
+         "\"LINESTRING Z (1 2 5, 3 4 6)\""},
+        {ShapefileBuilder(3).Polyline({line[0], {{5, 6}, {7, 8}}}),
+         "MultiLineString [[[1,2],[3,4]],[[5,6],[7,8]]]",
+         "\"MULTILINESTRING ((1 2, 3 4), (5 6, 7 8))\""},
+        {ShapefileBuilder(5).Polygon({square, hole}),
+         "Polygon [[[0,0],[9,0],[9,9],[0,9],[0,0]],[[2,2],[4,4],[4,2],[2,2]]]",
+         "\"POLYGON ((0 0, 0 9, 9 9, 9 0, 0 0), (2 2, 4 2, 4 4, 2 2))\""},
+        {ShapefileBuilder(5).Polygon({far, square, hole}),
+         "MultiPolygon [[[[20,0],[29,9],[20,9],[20,0]]],"
+         "[[[0,0],[9,0],[9,9],[0,9],[0,0]],[[2,2],[4,4],[4,2],[2,2]]]]",
+         "\"MULTIPOLYGON (((20 0, 20 9, 29 9, 20 0)), "
+         "((0 0, 0 9, 9 9, 9 0, 0 0), (2 2, 4 2, 4 4, 2 2)))\""},
+        // Numbers are as short as they can be.
+        {ShapefileBuilder(8).MultiPoint(
+             {{0.1, -0.0}, {1e300, 500000}, {1e-5, 1e15}, {9e-6, 2.2250738585072014e-308}}),
+         "MultiPoint [[0.1,0],[1e+300,500000],[1e-05,1e+15],[9e-06,2.2250738585072014e-308]]",
+         "\"MULTIPOINT ((0.1 -0), (1e+300 500000), (0.00001 1e+15), "
+         "(9e-06 2.2250738585072014e-308))\""},
+        // Open rings are closed; GeoJSON turns shells counterclockwise.
+        {ShapefileBuilder(5).Polygon({{{0, 0}, {0, 9}, {9, 9}}}),
+         "Polygon [[[9,9],[0,9],[0,0],[9,9]]]", "\"POLYGON ((0 0, 0 9, 9 9, 0 0))\""},
+        {ShapefileBuilder(5).Polygon({{{0, 0}, {9, 9}, {0, 9}}}),
+         "Polygon [[[0,0],[9,9],[0,9],[0,0]]]", "\"POLYGON ((0 0, 9 9, 0 9, 0 0))\""},
+        // What is no number spoils a geometry.
+        {ShapefileBuilder(3).Polyline({{{0, 0}, {infinity, 1}}}), "null", ""},
+        {ShapefileBuilder(13).Polyline(line, {5, infinity}), "null", ""},
     };
     for (auto const& c : cases) {
-        Json const geometry = FirstGeometry(c.builder);
-        EXPECT_EQ(geometry["type"], c.type);
-        EXPECT_EQ(geometry["coordinates"], Json::parse(c.coordinates)) << c.type;
+        Write(c.builder);
+        Json const geometry = RunForJson("export map.shp")["features"][0]["geometry"];
+        EXPECT_EQ(geometry.is_null()
+                      ? "null"
+                      : geometry.value("type", "") + " " + geometry["coordinates"].dump(),
+                  c.geoJson);
+        EXPECT_EQ(RunTool("export map.shp --format csv --no-attributes"),
+                  Printed("wkt\r\n" + c.csv + "\r\n"));
     }
-}
-
-TEST_F(Export, ClosesAndTurnsASingleRing) {
-    EXPECT_EQ(FirstGeometry(ShapefileBuilder(5).Polygon({{{0, 0}, {0, 9}, {9, 9}}}))["coordinates"],
-              Json::parse("[[[9,9],[0,9],[0,0],[9,9]]]"));
-    EXPECT_EQ(FirstGeometry(ShapefileBuilder(5).Polygon({{{0, 0}, {9, 9}, {0, 9}}}))["coordinates"],
-              Json::parse("[[[0,0],[9,9],[0,9],[0,0]]]"));
-}
-
-TEST_F(Export, GivesNullForWhatIsNoGeometry) {
-    double const infinity = std::numeric_limits<double>::infinity();
-    ShapefileBuilder builder(3);
-    builder.Null().Polyline({{{0, 0}, {infinity, 1}}}).Polyline({{{0, 0}, {1, 1}}});
-    Json const features = Features(builder);
-    ASSERT_EQ(features.size(), 3U);
-    EXPECT_TRUE(features[0]["geometry"].is_null());
-    EXPECT_TRUE(features[1]["geometry"].is_null());
-    EXPECT_EQ(features[2]["geometry"]["type"], "LineString");
-    EXPECT_EQ(features[2]["id"], 2);
-    // A Z that is no number spoils a geometry that has Z.
-    EXPECT_TRUE(
-        FirstGeometry(ShapefileBuilder(13).Polyline({{{1, 2}, {3, 4}}}, {5, infinity})).is_null());
 }
 
 TEST_F(Export, PutsMeasuresBesideTheGeometry) {
     ShapefileBuilder builder(23);
-    builder.Polyline({{{1, 2}, {3, 4}, {5, 6}}}, {}, {1.5, noData, std::nan("")})
-        .Polyline({{{1, 2}, {3, 4}}});
-    Json const features = Features(builder.MRange(0, 9));
-    EXPECT_EQ(features[0]["measures"], Json::parse("[1.5,null,null]"));
-    EXPECT_EQ(features[0]["geometry"]["coordinates"], Json::parse("[[1,2],[3,4],[5,6]]"));
-}
-
-TEST_F(Export, WritesValuesByTheirType) {
-    ShapefileBuilder builder(1);
-    builder.Field("text", 'C', 5)
-        .Field("whole", 'N', 5)
-        .Field("long", 'N', 12)
-        .Field("real", 'N', 9, 3)
-        .Field("day", 'D', 8)
-        .Field("yes", 'L', 1)
-        .Row({"ä", "12", "123456789012", "1.250", "20210315", "T"})
-        .Row({"", "", "", "", "20211399", "?"})
-        .Point(1, 1)
-        .Point(2, 2);
-    Json const features = Features(builder);
-    EXPECT_EQ(features[0]["properties"].dump(), R"({"day":"2021-03-15","long":123456789012,)"
-                                                R"("real":1.25,"text":"ä","whole":12,"yes":true})");
-    EXPECT_EQ(features[1]["properties"]["day"], "20211399");
-}
-
-TEST_F(Export, LeavesAttributesOutOnRequest) {
-    EXPECT_EQ(Features(ShapefileBuilder(1).Point(1, 2), {"--no-attributes"})[0]["properties"],
-              Json::object());
+    builder.Polyline({{{1, 2}, {3, 4}, {5, 6}}}, {}, {1.5, -1e39, std::nan("")}).MRange(0, 9);
+    Write(builder);
+    Json const feature = RunForJson("export map.shp --no-attributes")["features"][0];
+    EXPECT_EQ(feature["measures"].dump(), "[1.5,null,null]");
+    EXPECT_EQ(feature["geometry"]["coordinates"].dump(), "[[1,2],[3,4],[5,6]]");
+    EXPECT_EQ(feature["properties"], Json::object());
 }
 
 TEST_F(Export, TakesZFromAnAttribute) {
-    ShapefileBuilder builder(1);
-    builder.Field("height", 'N', 6, 1).Row({"12.5"}).Point(1, 2);
-    EXPECT_EQ(Features(builder, {"--z-attribute", "height"})[0]["geometry"]["coordinates"],
-              Json::parse("[1,2,12.5]"));
-    ToolRun const run =
-        RunTool({"export", Text(folder.File("map.shp")), "--z-attribute", "missing"});
-    EXPECT_EQ(run.exitCode, 1);
-    EXPECT_NE(run.err.find("BAttributeDataException"), std::string::npos) << run.err;
-    EXPECT_NE(run.err.find("missing"), std::string::npos) << run.err;
-}
-
-TEST_F(Export, KeepsToTheRectangleInEveryMode) {
-    ShapefileBuilder builder(1);
-    builder.Point(0, 0).Null().Point(5, 5).Point(9, 9).Point(5, 6);
-    std::string const file = Text(builder.WriteTo(folder, "map"));
-    for (char const* const mode : {"stream", "memory", "cache", "direct"}) {
-        Json const features =
-            RunForJson({"export", file, "--mode", mode, "--bbox", "-1,5,5,9"})["features"];
-        ASSERT_EQ(features.size(), 2U) << mode;
-        EXPECT_EQ(features[0]["id"], 2);
-        EXPECT_EQ(features[1]["id"], 4);
-    }
+    Write(ShapefileBuilder(1).Field("height", 'N', 6, 1).Row({"12.5"}).Point(1, 2));
+    std::string const line = "export map.shp --format csv --z-attribute ";
+    EXPECT_EQ(RunTool(line + "height"), Printed("height,wkt\r\n12.5,POINT Z (1 2 12.5)\r\n"));
+    EXPECT_EQ(
+        RunTool(line + "missing"),
+        Failed(1,
+               "BAttributeDataException: BAttributes::GetAttribute: Attribute=missing (map.shp)"));
 }
 
 TEST_F(Export, GivesTheSameBytesInEveryMode) {
-    ShapefileBuilder builder(15);
-    builder.Field("name", 'C', 9).Field("day", 'D', 8).MRange(0, 5);
-    for (int i = 0; i < 30; ++i) {
-        double const x = i * 1.1;
-        Parts parts = {{{x, 0}, {x, 9}, {x + 9, 9}, {x, 0}}};
-        if (i % 3 == 1) {
-            parts.push_back({{x + 1, 6}, {x + 2, 7}, {x + 1, 7}, {x + 1, 6}});
-        }
-        std::size_t const count = 4 * parts.size();
-        builder.Row({"n" + std::to_string(i), "20240101"});
-        if (i % 7 == 3) {
-            builder.Null();
-        } else {
-            builder.Polygon(parts, Reals(count, 1.5), Reals(i % 2 * count, 2.5));
-        }
-    }
-    std::string const file = Text(builder.WriteTo(folder, "map"));
-    for (char const* const format : {"geojson", "csv"}) {
-        std::string const streamed = RunTool({"export", file, "--format", format}).out;
-        EXPECT_GT(streamed.size(), 2000U);
-        for (char const* const mode : {"memory", "cache", "direct"}) {
-            EXPECT_EQ(RunTool({"export", file, "--format", format, "--mode", mode}).out, streamed)
-                << mode;
+    for (std::int32_t const type : {1, 8, 13, 15}) {
+        Write(SmallFile(type));
+        for (std::string const options : {"", " --format csv", " --bbox 0,0,2,2"}) {
+            ToolRun const expected = RunTool("export map.shp" + options);
+            EXPECT_GT(expected.out.size(), 100U);
+            for (std::string const& mode : modes) {
+                EXPECT_EQ(RunTool("export map.shp --mode " + mode + options), expected) << mode;
+            }
         }
     }
 }
 
 TEST_F(Export, TransformsToLongitudeAndLatitude) {
-    // UTM zone 32: the central meridian lies at 500,000 m. The third point is on no map of it.
-    ShapefileBuilder builder(1);
-    builder.Point(500000, 0)
-        .Null()
-        .Point(1e12, 1e12)
-        .Prj(R"(PROJCS["WGS_1984_UTM_Zone_32N",GEOGCS["GCS_WGS_1984",DATUM["D_WGS_1984",)"
-             R"(SPHEROID["WGS_1984",6378137,298.257223563]],PRIMEM["Greenwich",0],)"
-             R"(UNIT["Degree",0.0174532925199433]],PROJECTION["Transverse_Mercator"],)"
-             R"(PARAMETER["False_Easting",500000],PARAMETER["False_Northing",0],)"
-             R"(PARAMETER["Central_Meridian",9],PARAMETER["Scale_Factor",0.9996],)"
-             R"(PARAMETER["Latitude_Of_Origin",0],UNIT["Meter",1]])");
-    ToolRun const run = RunTool({"export", Text(builder.WriteTo(folder, "map")), "--to-wgs84"});
-    EXPECT_EQ(run.exitCode, 0);
+    // UTM zone 32: the central meridian lies at 500,000 m. The second point is on no map of it.
+    Write(ShapefileBuilder(1).Point(500000, 0).Point(1e12, 1e12).Prj("EPSG:32632"));
+    ToolRun const run = RunTool("export map.shp --to-wgs84");
+    EXPECT_EQ(run, (ToolRun{0, run.out,
+                            "ambrel-shp: warning: map.shp: record 1 has no position in WGS 84; its "
+                            "geometry is left out\n"}));
     Json const features = Json::parse(run.out)["features"];
     EXPECT_NEAR(features[0]["geometry"]["coordinates"][0], 9.0, 1e-9);
     EXPECT_NEAR(features[0]["geometry"]["coordinates"][1], 0.0, 1e-9);
-    EXPECT_TRUE(features[2]["geometry"].is_null());
-    EXPECT_EQ(run.err, "ambrel-shp: warning: " + Text(folder.File("map.shp")) +
-                           ": record 2 has no position in WGS 84; its geometry is left out\n");
+    EXPECT_TRUE(features[1]["geometry"].is_null());
 }
 
-TEST_F(Export, NeedsACoordinateSystemToTransform) {
-    std::string const file = Text(ShapefileBuilder(1).Point(1, 2).WriteTo(folder, "map"));
-    ToolRun const run = RunTool({"export", file, "--to-wgs84"});
-    EXPECT_EQ(run.exitCode, 1);
-    EXPECT_EQ(run.err, "ambrel-shp: BDataManagerException: --to-wgs84: the coordinate system is "
-                       "not known (" +
-                           file + ")\n");
-    EXPECT_EQ(run.out, "");
-}
+TEST_F(Export, ReplacesAFileOnlyWhenItIsComplete) {
+    namespace fs = std::filesystem;
+    auto const readAndWriteByOwner = fs::perms::owner_read | fs::perms::owner_write;
+    fs::create_directory("out");
+    WriteFile("out/map.json", {'o', 'l', 'd'});
+    fs::permissions("out/map.json", readAndWriteByOwner);
+    fs::create_symlink("out/map.json", "link");
 
-TEST_F(Export, WritesCsvWithWellKnownText) {
-    ShapefileBuilder builder(13);
-    builder.Field("name", 'C', 9)
-        .Field("size", 'N', 4)
-        .Row({"a,b", "1"})
-        .Row({"", ""})
-        .Polyline({{{1, 2}, {3, 4}}}, {5, 6})
-        .Null();
-    ToolRun const run =
-        RunTool({"export", Text(builder.WriteTo(folder, "map")), "--format", "csv"});
-    std::string const expected = "name,size,wkt\r\n"
-                                 "\"a,b\",1,\"LINESTRING Z (1 2 5, 3 4 6)\"\r\n";
-    EXPECT_EQ(run.out.substr(0, expected.size()), expected);
-
-    struct {
-        ShapefileBuilder builder;
-        char const* wkt;
-    } const cases[] = {
-        {ShapefileBuilder(1).Point(1, 2), "POINT (1 2)"},
-        {ShapefileBuilder(8).MultiPoint({{1, 2}, {3, 4}}), "\"MULTIPOINT ((1 2), (3 4))\""},
-        {ShapefileBuilder(8).MultiPoint({}), "MULTIPOINT EMPTY"},
-        {ShapefileBuilder(3).Polyline({{{1, 2}, {3, 4}}, {{5, 6}, {7, 8}}}),
-         "\"MULTILINESTRING ((1 2, 3 4), (5 6, 7 8))\""},
-        {ShapefileBuilder(5).Polygon({{{0, 0}, {0, 9}, {9, 9}}}),
-         "\"POLYGON ((0 0, 0 9, 9 9, 0 0))\""},
-        {ShapefileBuilder(5).Null(), ""},
-    };
-    for (auto const& c : cases) {
-        ToolRun const alone = RunTool({"export", Text(c.builder.WriteTo(folder, "one")), "--format",
-                                       "csv", "--no-attributes"});
-        EXPECT_EQ(alone.out, std::string("wkt\r\n") + c.wkt + "\r\n");
+    Write(ShapefileBuilder(1).Point(1, 2).Raw({31, 0, 0, 0}).Point(3, 4));
+    for (std::string const& mode : modes) {
+        std::string const line = "export map.shp -o link --mode " + mode;
+        EXPECT_EQ(RunTool(line),
+                  Failed(1, "BUnknownGeometryException: BShpFile::Read: Multipatch geometry is not "
+                            "supported. (map.shp)"));
+        Tool::SetInterrupted(true);
+        EXPECT_EQ(RunTool(line), Failed(130, "stopped"));
+        Tool::SetInterrupted(false);
     }
+    EXPECT_EQ(TextOf("out/map.json"), "old");
+
+    Write(ShapefileBuilder(1).Point(1, 2));
+    EXPECT_EQ(RunTool("export map.shp -o link"), Printed(""));
+    EXPECT_EQ(TextOf("out/map.json"), RunTool("export map.shp -o -").out);
+    EXPECT_TRUE(fs::is_symlink("link"));
+    EXPECT_EQ(fs::status("link").permissions(), readAndWriteByOwner);
+    fs::remove("out/map.json");
+    EXPECT_TRUE(fs::is_empty("out"));
 }
 
-TEST_F(Export, FindsLesothoInAHoleOfSouthAfrica) {
-    // The two neighbours share the whole border of the enclave.
-    Json const features = RunForJson({"export", EXAMPLES_FOLDER "/countries.shp"})["features"];
-    EXPECT_EQ(features.size(), 177U);
-    auto const ringsOf = [&](std::string const& name) {
-        auto const found = std::find_if(features.begin(), features.end(), [&](Json const& feature) {
-            return feature["properties"]["name"] == name;
-        });
-        return found == features.end() ? Json() : (*found)["geometry"]["coordinates"];
-    };
-    Json const outer = ringsOf("South Africa");
-    Json const enclave = ringsOf("Lesotho");
-    ASSERT_EQ(outer.size(), 2U);
-    ASSERT_EQ(enclave.size(), 1U);
-    EXPECT_TRUE(std::is_permutation(outer[1].begin() + 1, outer[1].end(), enclave[0].begin() + 1,
-                                    enclave[0].end()));
-}
-
-TEST_F(Export, StopsAtARecordThatThrows) {
-    ShapefileBuilder builder(1);
-    builder.Point(1, 2).Raw({31, 0, 0, 0}).Point(3, 4);
-    std::string const file = Text(builder.WriteTo(folder, "map"));
-    for (char const* const mode : {"stream", "direct"}) {
-        ToolRun const run =
-            RunTool({"export", file, "--mode", mode, "-o", Text(folder.File("map.geojson"))});
-        EXPECT_EQ(run.exitCode, 1);
-        EXPECT_EQ(run.err, "ambrel-shp: BUnknownGeometryException: BShpFile::Read: Multipatch "
-                           "geometry is not supported. (" +
-                               file + ")\n");
-        EXPECT_FALSE(std::filesystem::exists(folder.Path() / "map.geojson"));
-    }
+TEST_F(Export, WritesToADeviceAndSaysWhatItCanNotDo) {
+    Write(ShapefileBuilder(1).Point(1, 2));
+    EXPECT_EQ(RunTool("export map.shp -o /dev/null"), Printed(""));
+    EXPECT_TRUE(std::filesystem::is_character_file("/dev/null"));
+    EXPECT_EQ(RunTool("export map.shp -o /dev/full"),
+              Failed(1, "OutputException: write: /dev/full: No space left on device"));
+    EXPECT_EQ(RunTool("export map.shp -o no/such/file"),
+              Failed(1, "OutputException: write: no/such/file: No such file or directory"));
+    EXPECT_EQ(RunTool("export map.shp --to-wgs84"),
+              Failed(1, "BDataManagerException: --to-wgs84: the coordinate system is not known "
+                        "(map.shp)"));
 }
 
 TEST_F(Export, WritesAFileForEachLayerOfAFolder) {
-    ShapefileBuilder(1).Point(1, 2).WriteTo(folder, "a");
-    ShapefileBuilder(1).Point(3, 4).WriteTo(folder, "b");
-    std::filesystem::create_directory(folder.Path() / "out");
-    std::string const in = folder.Path().string();
-    EXPECT_EQ(RunTool({"export", in, "-o", in + "/out", "--format", "csv"}).exitCode, 0);
-    EXPECT_EQ(TextOf(folder.Path() / "out/a.csv"), "id,wkt\r\n1,POINT (1 2)\r\n");
-    EXPECT_EQ(TextOf(folder.Path() / "out/b.csv"), "id,wkt\r\n1,POINT (3 4)\r\n");
-    ToolRun const run = RunTool({"export", in});
-    EXPECT_EQ(run.exitCode, 2);
-    EXPECT_EQ(run.err, "ambrel-shp: usage: " + in + " stands for 2 shapefiles; name one of them\n");
+    Write(ShapefileBuilder(1).Point(1, 2), "a");
+    Write(ShapefileBuilder(1).Point(3, 4), "b");
+    std::filesystem::create_directory("out");
+    EXPECT_EQ(RunTool("export . -o out --format csv"), Printed(""));
+    EXPECT_EQ(TextOf("out/a.csv"), "id,wkt\r\n1,POINT (1 2)\r\n");
+    EXPECT_EQ(TextOf("out/b.csv"), "id,wkt\r\n1,POINT (3 4)\r\n");
+    EXPECT_EQ(RunTool("export ."), Failed(2, "usage: . stands for 2 shapefiles; name one of them"));
 }
 
 } // namespace

@@ -3,41 +3,48 @@
 #include "Console.h"
 #include "Tool.h"
 
-#include <gtest/gtest.h>
-
-#include <cstdlib>
-
-#include <sys/wait.h>
+#include <sstream>
 
 namespace Ambrel::Test {
 
-ToolRun RunTool(std::vector<std::string> const& arguments) {
+namespace {
+
+std::string WithoutFolder(std::string text) {
+    std::string const folder = std::filesystem::current_path().string() + "/";
+    for (auto at = text.find(folder); at != std::string::npos; at = text.find(folder, at)) {
+        text.erase(at, folder.size());
+    }
+    return text;
+}
+
+} // namespace
+
+std::ostream& operator<<(std::ostream& stream, ToolRun const& run) {
+    return stream << "exit code " << run.exitCode << "\n" << run.out << "--\n" << run.err;
+}
+
+ToolRun Printed(std::string const& out) {
+    return {0, out, ""};
+}
+
+ToolRun Failed(int exitCode, std::string const& complaint) {
+    return {exitCode, "", "ambrel-shp: " + complaint + "\n"};
+}
+
+ToolRun RunTool(std::string const& commandLine) {
+    std::istringstream stream(commandLine);
+    std::vector<std::string> const words{std::istream_iterator<std::string>(stream), {}};
     Tool::StringSink out;
     Tool::StringSink err;
     Tool::Console console{.out = out, .err = err};
-    int const exitCode = Tool::RunTool(arguments, console);
-    return {exitCode, out.Text(), err.Text()};
+    int const exitCode = Tool::RunTool(words, console);
+    return {exitCode, WithoutFolder(out.Text()), WithoutFolder(err.Text())};
 }
 
-ToolRun RunShell(std::string const& command) {
-    TemporaryFolder const folder;
-    std::string const out = Text(folder.File("out"));
-    std::string const err = Text(folder.File("err"));
-    std::string const whole =
-        "TOOL='" TOOL_PROGRAM "'; { " + command + " ; } >'" + out + "' 2>'" + err + "'";
-    int const status = std::system(whole.c_str());
-    return {WEXITSTATUS(status), TextOf(out), TextOf(err)};
-}
-
-nlohmann::json RunForJson(std::vector<std::string> const& arguments) {
-    ToolRun const run = RunTool(arguments);
-    EXPECT_EQ(run.exitCode, 0);
-    EXPECT_EQ(run.err, "");
+nlohmann::json RunForJson(std::string const& commandLine) {
+    ToolRun const run = RunTool(commandLine);
+    EXPECT_EQ(run, Printed(run.out));
     return nlohmann::json::parse(run.out);
-}
-
-std::string Text(BString const& text) {
-    return std::string(text.Utf8());
 }
 
 std::string TextOf(std::filesystem::path const& file) {

@@ -3,31 +3,51 @@
 #include "ShapefileBuilder.h"
 #include "TemporaryFolder.h"
 
+#include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
+#include <iosfwd>
 #include <string>
-#include <vector>
 
 namespace Ambrel::Test {
 
-/// What a run of the tool left behind.
+/// What a run of the tool leaves behind.
 struct ToolRun {
-    int exitCode;
+    int exitCode = 0;
     std::string out;
     std::string err;
+    bool operator==(ToolRun const&) const = default;
 };
+std::ostream& operator<<(std::ostream& stream, ToolRun const& run);
 
-/// Runs the tool in this process.
-ToolRun RunTool(std::vector<std::string> const& arguments);
+/// A run that prints this and complains of nothing.
+ToolRun Printed(std::string const& out);
+/// A run that prints nothing but one line on standard error.
+ToolRun Failed(int exitCode, std::string const& complaint);
 
-/// Runs a shell command in which "$TOOL" is the program.
-ToolRun RunShell(std::string const& command);
+/// Runs the tool in this process, with the words of the command line: RunTool("info map.shp").
+/// What it prints names files of the current folder without the folder.
+ToolRun RunTool(std::string const& commandLine);
 
 /// The tool's standard output as JSON; a run that fails or complains is a test failure.
-nlohmann::json RunForJson(std::vector<std::string> const& arguments);
+nlohmann::json RunForJson(std::string const& commandLine);
 
-std::string Text(BString const& text);
 /// The bytes of a file as text.
 std::string TextOf(std::filesystem::path const& file);
+
+/// Has a fresh folder, which is the current one, so that its files go by their mere names.
+class ToolTest : public testing::Test {
+protected:
+    ToolTest() { std::filesystem::current_path(folder.Path()); }
+    ~ToolTest() override { std::filesystem::current_path(former); }
+
+    static void Write(ShapefileBuilder const& builder, std::string const& name = "map") {
+        builder.WriteTo(".", name);
+    }
+
+private:
+    std::filesystem::path former = std::filesystem::current_path();
+    TemporaryFolder folder;
+};
 
 } // namespace Ambrel::Test

@@ -1,0 +1,148 @@
+// What the tool tells about files and their records: info, check and select.
+
+#include "ToolRun.h"
+
+#include <limits>
+
+namespace Ambrel::Test {
+namespace {
+
+using Json = nlohmann::json;
+using Info = ToolTest;
+
+TEST_F(Info, DescribesALayerForProgramsAndForPeople) {
+    ShapefileBuilder builder(15);
+    builder.Field("größe", 'C', 12).Field("small", 'N', 4).Field("large", 'N', 12);
+    builder.Field("real", 'N', 9, 3).Field("day", 'D', 8).Field("yes", 'L', 1).Row({}).Row({});
+    builder.Polygon({{{-1, 2}, {-1, 5}, {4, 5}, {-1, 2}}}, {7, 8, 9, 7}, {1, 2, 3, 1.5}).Null();
+    Write(builder.Cpg("UTF-8").Prj("EPSG:4326"));
+    EXPECT_EQ(RunForJson("--json map"), Json::parse(R"([{
+        "name": "map", "path": "map.shp",
+        "shapeType": 15, "shapeTypeName": "PolygonZ", "geometryClass": "areas",
+        "records": 2,
+        "extent": [-1.0, 2.0, 4.0, 5.0], "zRange": [7.0, 9.0], "measureRange": [1.0, 3.0],
+        "crs": "WGS 84", "epsg": 4326,
+        "fields": [{"name": "größe", "type": "string", "width": 12, "decimals": 0},
+                   {"name": "small", "type": "integer", "width": 4, "decimals": 0},
+                   {"name": "large", "type": "integer64", "width": 12, "decimals": 0},
+                   {"name": "real", "type": "double", "width": 9, "decimals": 3},
+                   {"name": "day", "type": "date", "width": 8, "decimals": 0},
+                   {"name": "yes", "type": "boolean", "width": 1, "decimals": 0}]}])"));
+    EXPECT_EQ(RunTool("map.shp"), Printed(R"(map
+  file      map.shp
+  type      PolygonZ (15), areas
+  records   2
+  extent    x -1 to 4, y 2 to 5
+  z         7 to 9
+  measures  1 to 3
+  crs       WGS 84 (EPSG:4326)
+  fields    größe         string(12)
+            small         integer(4)
+            large         integer64(12)
+            real          double(9.3)
+            day           date(8)
+            yes           boolean(1)
+)"));
+}
+
+TEST_F(Info, SaysWhatIsNotKnown) {
+    Write(ShapefileBuilder(1).Extent(0, std::numeric_limits<double>::quiet_NaN(), 1, 1));
+    Json const layer = RunForJson("info map.shp --json")[0];
+    EXPECT_EQ(layer["extent"].dump(), "[0.0,null,1.0,1.0]");
+    EXPECT_EQ(Json({layer["zRange"], layer["measureRange"], layer["crs"], layer["epsg"]}).dump(),
+              "[null,null,null,null]");
+}
+
+TEST_F(Info, NamesTheGeometryClassOfEveryShapeType) {
+    for (auto const& [type, text] : std::map<std::int32_t, std::string>{
+             {-1, "unknown (-1), none"},
+             {0, "Null Shape (0), none"},
+             {3, "PolyLine (3), lines"},
+             {21, "PointM (21), points"},
+             {28, "MultiPointM (28), multipoints"},
+             {31, "MultiPatch (31), none"},
+         }) {
+        Write(ShapefileBuilder(type));
+        ToolRun const run = RunTool("info map.shp");
+        EXPECT_NE(run.out.find("  type      " + text + "\n"), std::string::npos) << run;
+    }
+}
+
+TEST_F(Info, ShowsTheOthersWhenOneFileIsBad) {
+    std::filesystem::create_directory("empty");
+    Write(ShapefileBuilder(1), "a");
+    Write(ShapefileBuilder(1).Version(999), "b");
+    Write(ShapefileBuilder(1), "c");
+    ToolRun const run = RunTool("info --json . /no/such/file.shp empty");
+    EXPECT_EQ(run.exitCode, 1);
+    EXPECT_EQ(run.err,
+              "ambrel-shp: BFileContentNotValidException: BShpFile::GetHeader: b.shp\n"
+              "ambrel-shp: BFileNotFoundException: BShpFile::Open: /no/such/file.shp\n"
+              "ambrel-shp: BFileNotFoundException: BFileUtilities::ListFiles: no shapefile in "
+              "empty\n");
+    Json const layers = Json::parse(run.out);
+    ASSERT_EQ(layers.size(), 2U);
+    EXPECT_EQ(layers[1]["name"], "c");
+}
+
+using Check = ToolTest;
+
+TEST_F(Check, TellsWhatIsLegalButOdd) {
+    Write(ShapefileBuilder(13).Null().Null().Polyline({{{1, 2}, {3, 4}}}, {5, 6}).MRange(0, 1));
+    EXPECT_EQ(RunTool("check map.shp"),
+              Printed("map.shp: 3 records, no problems, 2 null shapes, 1 without measures\n"));
+}
+
+TEST_F(Check, NamesExactlyWhatIsDamagedAndEachProblemOnce) {
+    Parts const line = {{{1, 2}, {3, 4}}};
+    TableBuilder table;
+    table.Field("id", 'N', 3).RecordCount(6).Tail({0, 0, 0});
+    ShapefileBuilder builder(3);
+    builder.Polyline(line).Polyline(line).CutContent(50).Polyline(line).Raw({31, 0, 0, 0});
+    builder.Polyline(line).IndexLength(40).ContentLength(39).Polyline(line).Table(table);
+    Write(builder);
+    EXPECT_EQ(RunTool("check map.shp").exitCode, 1);
+    Write(ShapefileBuilder(1).WithoutTable(), "unreadable");
+    // The first file is opened once more for the records behind the one that throws.
+    EXPECT_EQ(RunTool("check ."),
+              (ToolRun{2,
+                       "map.shp: DBF file is not valid.  File size does not match computed data "
+                       "size.\n"
+                       "map.shp: Data records are missing or corrupt.\n"
+                       "map.shp: Feature attributes contain default values.\n"
+                       "map.shp: record 1: is not valid: counts do not fit the content; geometry "
+                       "skipped.\n"
+                       "map.shp: record 3: BUnknownGeometryException: BShpFile::Read: Multipatch "
+                       "geometry is not supported.\n"
+                       "map.shp: record 4: Record length from index (40) does not match record "
+                       "length from main file (39): Possible file corruption.\n"
+                       "map.shp: 6 records, 6 problems\n",
+                       "ambrel-shp: BFileNotFoundException: BShpFile::Open: unreadable.dbf\n"}));
+}
+
+using Select = ToolTest;
+
+TEST_F(Select, TakesTheRecordsWhoseRectangleMeetsTheWindow) {
+    ShapefileBuilder builder(3);
+    builder.Polyline({{{0, 0}, {2, 2}}}).Null().Polyline({{{2, 2}, {9, 9}}});
+    builder.Polyline({{{3, 0}, {9, 1}}}).Polyline({{{-5, -5}, {20, 20}}});
+    Write(builder);
+    for (auto const& [window, records] :
+         std::map<std::string, std::vector<int>>{{"2,2,2,2", {0, 2, 4}},
+                                                 {"-1,-1,1,1", {0, 4}},
+                                                 {"3,0.5,3,0.5", {3, 4}},
+                                                 {"30,30,40,40", {}}}) {
+        std::string const selection = " map.shp --bbox " + window;
+        EXPECT_EQ(RunForJson("select --json" + selection), Json(records));
+        Json const exported = RunForJson("export" + selection)["features"];
+        ASSERT_EQ(exported.size(), records.size());
+        for (std::size_t i = 0; i < records.size(); ++i) {
+            EXPECT_EQ(exported[i]["id"], records[i]);
+        }
+    }
+    EXPECT_EQ(RunTool("select map.shp --bbox 2,2,2,2"), Printed("0\n2\n4\n"));
+    EXPECT_EQ(RunTool("select map.shp --bbox 30,30,40,40"), Printed(""));
+}
+
+} // namespace
+} // namespace Ambrel::Test
