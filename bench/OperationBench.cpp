@@ -7,7 +7,9 @@
 // best of all rounds (five), and each round has its turn at everything, so that a slow moment of
 // the machine does not fall on one operation alone. Times include opening, and leave out freeing
 // what was read. "rss" is the peak memory of a process of its own that reads the file, in MiB.
-// "draw-nothing" is the plug-in's share of "draw": everything but the painting.
+// "copy" and "copy-geometry" make a copy, in memory, of what "read" and "read-geometry" made: the
+// part of these that no file is needed for. "draw-nothing" is the plug-in's share of "draw":
+// everything but the painting.
 
 #include "BenchHost.h"
 #include "BenchRenderer.h"
@@ -77,6 +79,24 @@ double ReadGeometry(std::string const& path) {
 }
 double ReadCache(std::string const& path) {
     return ReadLayer(path, Session::Mode::Cache, true);
+}
+
+/// A copy of the layer in memory: what its objects cost without any file. Texts are shared.
+double CopyInMemory(std::string const& path, bool useAttributes) {
+    Session session(Session::Mode::Memory);
+    session.Open(path, useAttributes);
+    session.Read();
+    auto const start = Clock::now();
+    BMemoryFeatureCollection copy;
+    copy.Reserve(session.Features().GetCount());
+    copy.Add(session.Features());
+    return SecondsSince(start);
+}
+double Copy(std::string const& path) {
+    return CopyInMemory(path, true);
+}
+double CopyGeometry(std::string const& path) {
+    return CopyInMemory(path, false);
 }
 
 double WalkCache(std::string const& path) {
@@ -181,6 +201,8 @@ struct Operation {
 constexpr Operation operations[] = {
     {"read", Read, true},
     {"read-geometry", ReadGeometry, false},
+    {"copy", Copy, true},
+    {"copy-geometry", CopyGeometry, false},
     {"read-cache", ReadCache, true},
     {"walk-cache", WalkCache, true},
     {"select", Select, false},
