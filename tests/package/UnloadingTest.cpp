@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <memory>
-#include <ostream>
+#include <string>
 #include <string_view>
 
 #include <dlfcn.h>
@@ -69,41 +69,33 @@ std::uint64_t Walk(BFeature const& feature) {
     return bytes;
 }
 
-struct UnloadingCase {
-    char const* file;
-    bool inDiskCache;
-    int times;
-};
-
-std::ostream& operator<<(std::ostream& stream, UnloadingCase const& value) {
-    return stream << value.file << (value.inDiskCache ? " in the disk cache" : " in memory");
-}
-
-class UnloadingTest : public testing::TestWithParam<UnloadingCase> {};
-
-TEST_P(UnloadingTest, LayersOutliveTheModule) {
+/// Reads the file, unloads the module and walks through the layer, that many times.
+void ReadAndWalk(std::string const& name, bool inDiskCache, int times) {
     BParamList options;
-    options.Add(OPTION_DISK_CACHE, GetParam().inDiskCache);
-    for (int time = 0; time < GetParam().times; ++time) {
+    options.Add(OPTION_DISK_CACHE, inDiskCache);
+    for (int time = 0; time < times; ++time) {
         BSharedPtr<BLayer> const held =
-            ReadAndUnload(BString::Format(EXAMPLES_FOLDER "/%s.shp", GetParam().file), options);
+            ReadAndUnload((EXAMPLES_FOLDER "/" + name + ".shp").c_str(), options);
         ASSERT_FALSE(Module::IsLoaded());
         auto& layer = dynamic_cast<BVectorLayer&>(*held);
-        EXPECT_EQ(layer.name, GetParam().file);
+        EXPECT_EQ(layer.name, name.c_str());
         EXPECT_EQ(layer.GetCoordSys()->GetName(), "WGS 84");
-        EXPECT_GT(layer.GetFeatures().GetCount(), 0U);
         std::uint64_t bytes = 0;
         for (std::uint64_t i = 0; i < layer.GetFeatures().GetCount(); ++i) {
             bytes += Walk(*layer.GetFeatures().GetAt(i));
         }
-        EXPECT_GT(bytes, layer.GetFeatures().GetCount());
+        EXPECT_GT(bytes, 100U);
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Package, UnloadingTest,
-                         testing::Values(UnloadingCase{"countries", false, 100},
-                                         UnloadingCase{"rivers", false, 3},
-                                         UnloadingCase{"cities", true, 3}));
+TEST(ModuleTest, LayersInMemoryOutliveTheModule) {
+    ReadAndWalk("countries", false, 100);
+    ReadAndWalk("rivers", false, 3);
+}
+
+TEST(ModuleTest, LayersInTheDiskCacheOutliveTheModule) {
+    ReadAndWalk("cities", true, 3);
+}
 
 TEST(ModuleTest, ExceptionsOutliveTheModule) {
     try {
