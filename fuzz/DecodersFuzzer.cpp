@@ -1,28 +1,19 @@
 // The pure decoders alone. An input is one byte of options and a record content.
 
+#include "Checks.h"
+
 #include "ShpReader/dbf/DbfFormat.h"
 #include "ShpReader/shp/ShpFormat.h"
 
-#include <cstdlib>
-#include <cstring>
 #include <vector>
 
 namespace {
 
 using namespace Ambrel;
+using Fuzz::Require;
+using Fuzz::Touch;
 
 enum Option : std::uint8_t { hasZ = 1, hasMeasures = 2 };
-
-template <class T>
-void Touch(T const& value) {
-    asm volatile("" : : "r"(&value) : "memory");
-}
-
-void Require(bool isTrue) {
-    if (!isTrue) {
-        std::abort();
-    }
-}
 
 void WalkVertices(VertexRecord const& record) {
     for (std::size_t i = 0; i < record.PointCount(); ++i) {
@@ -35,17 +26,14 @@ void WalkVertices(VertexRecord const& record) {
 }
 
 void WalkParts(VertexRecord const& record) {
-    for (std::size_t part = 0; part < record.PartCount(); ++part) {
-        Touch(record.PartStart(part));
-    }
     if (record.CheckPartStarts() != RecordFault::None || record.PartCount() == 0) {
         return;
     }
-    std::size_t sum = 0;
+    auto sum = static_cast<std::size_t>(record.PartStart(0));
     for (std::size_t part = 0; part < record.PartCount(); ++part) {
         sum += record.PartSize(part);
     }
-    Require(sum + static_cast<std::size_t>(record.PartStart(0)) == record.PointCount());
+    Require(sum == record.PointCount(), "the parts hold every vertex");
 }
 
 void DecodeContent(RecordContent content, std::uint8_t options) {
@@ -53,14 +41,12 @@ void DecodeContent(RecordContent content, std::uint8_t options) {
     bool const m = options & hasMeasures;
     Touch(ReadBounds(content));
     Touch(PointRecord::Decode(content, z, m));
-    VertexRecord const points = VertexRecord::OfMultiPoint(content, z, m);
-    if (points.Fault() == RecordFault::None) {
-        WalkVertices(points);
-    }
-    VertexRecord const parts = VertexRecord::OfParts(content, z, m);
-    if (parts.Fault() == RecordFault::None) {
-        WalkVertices(parts);
-        WalkParts(parts);
+    for (VertexRecord const& record :
+         {VertexRecord::OfMultiPoint(content, z, m), VertexRecord::OfParts(content, z, m)}) {
+        if (record.Fault() == RecordFault::None) {
+            WalkVertices(record);
+            WalkParts(record);
+        }
     }
     Touch(content.Holds(0, shapeTypeSize) ? ShapeTypeName(ReadShapeType(content)) : "");
 }
@@ -75,7 +61,7 @@ void TurnAround(std::vector<Byte> const& bytes) {
     Layout::Decode(bytes.data()).Encode(encoded.data());
     std::vector<Byte> again(Layout::size);
     Layout::Decode(encoded.data()).Encode(again.data());
-    Require(encoded == again);
+    Require(encoded == again, "what is decoded is encoded alike");
 }
 
 } // namespace

@@ -1,6 +1,6 @@
 // Writes the inputs that fuzzing starts from: make-fuzz-corpus FOLDER
 
-#include "ShapefileBuilder.h"
+#include "SmallFile.h"
 #include "TemporaryFolder.h"
 
 #include <iostream>
@@ -15,57 +15,29 @@ constexpr char const* prj =
     "GEOGCS[\"WGS 84\",DATUM[\"D_WGS_1984\",SPHEROID[\"WGS_1984\",6378137,298.257223563]],"
     "PRIMEM[\"Greenwich\",0],UNIT[\"Degree\",0.0174532925199433]]";
 
-/// A file of each layout's type in each variant: sound records, empty parts, holes, null shapes.
-ShapefileBuilder MakeSource(std::int32_t variant, std::int32_t type) {
-    ShapefileBuilder builder(variant + type);
-    Vertices const shell = {{0, 0}, {0, 9}, {9, 9}, {9, 0}, {0, 0}};
-    Vertices const hole = {{2, 2}, {4, 2}, {4, 4}, {2, 2}};
-    Reals const nine = {1, 2, 3, 4, 5, 6, 7, 8, 9};
-    switch (type) {
-    case 1: builder.Point(1, 2, 3, 4).Point(5, 6); break;
-    case 3: builder.Polyline({shell}).Polyline({hole, {}, shell}); break;
-    case 5:
-        builder.Polygon({shell, hole}, variant == 10 ? nine : Reals(), variant ? nine : Reals());
-        builder.Polygon({shell}).Polygon({shell, shell});
-        break;
-    default: builder.MultiPoint(shell).MultiPoint({}); break;
-    }
-    builder.Null();
-    builder.Field("id", 'N', 4).Field("name", 'C', 6).Field("r", 'F', 8, 2);
-    builder.Field("d", 'D', 8).Field("l", 'L', 1);
-    for (std::size_t i = 0; i < builder.RecordCount(); ++i) {
-        builder.Row({std::to_string(i), "caf\xC3\xA9", "1.25", "20240229", "T"});
-    }
-    return builder;
-}
-
-Bytes MakeInput(ShapefileBuilder const& builder, std::uint8_t options) {
-    Bytes const index = builder.Index();
-    Bytes const table = builder.TableFile();
-    ByteList coordSys;
-    coordSys.Text(prj);
+Bytes SourceInput(ShapefileBuilder const& builder, std::uint8_t options) {
     ByteList input;
     input.Byte(options);
-    for (std::size_t size : {index.size(), table.size(), coordSys.Size()}) {
-        input.Little16(static_cast<std::uint16_t>(size));
+    Bytes const companions[] = {builder.Index(), builder.TableFile(), ByteList().Text(prj)};
+    for (Bytes const& companion : companions) {
+        input.Little16(static_cast<std::uint16_t>(companion.size()));
     }
-    return input.Append(index).Append(table).Append(coordSys).Append(builder.MainFile());
+    for (Bytes const& companion : companions) {
+        input.Append(companion);
+    }
+    return input.Append(builder.MainFile());
 }
 
-void WriteSeeds(fs::path const& folder) {
-    for (std::int32_t variant : {0, 10, 20}) {
-        for (std::int32_t type : {1, 3, 5, 8}) {
-            ShapefileBuilder const builder = MakeSource(variant, type);
-            std::string const name = std::to_string(variant + type);
-            WriteFile(folder / "source" / name, MakeInput(builder, 0));
-            WriteFile(folder / "source" / (name + "-z"), MakeInput(builder, 2));
-            WriteFile(folder / "table" / name, builder.TableFile());
-            for (std::size_t i = 0; i < builder.RecordCount(); ++i) {
-                ByteList input;
-                input.Byte(static_cast<std::uint8_t>(variant / 10)).Append(builder.ContentAt(i));
-                WriteFile(folder / "decoders" / (name + "-" + std::to_string(i)), input);
-            }
-        }
+void WriteSeedsOf(std::int32_t shapeType, fs::path const& folder) {
+    ShapefileBuilder const builder = SmallFile(shapeType);
+    std::string const name = std::to_string(shapeType);
+    WriteFile(folder / "source" / name, SourceInput(builder, 0));
+    WriteFile(folder / "source" / (name + "-z"), SourceInput(builder, 2));
+    WriteFile(folder / "table" / name, builder.TableFile());
+    for (std::size_t i = 0; i < builder.RecordCount(); ++i) {
+        ByteList input;
+        input.Byte(static_cast<std::uint8_t>(shapeType / 10)).Append(builder.ContentAt(i));
+        WriteFile(folder / "decoders" / (name + "-" + std::to_string(i)), input);
     }
 }
 
@@ -92,7 +64,9 @@ int main(int argc, char** argv) {
     for (char const* target : {"source", "decoders", "table", "writing"}) {
         fs::create_directories(folder / target);
     }
-    WriteSeeds(folder);
+    for (std::int32_t const shapeType : {1, 3, 5, 8, 11, 13, 15, 18, 21, 23, 25, 28}) {
+        WriteSeedsOf(shapeType, folder);
+    }
     WriteNoise(folder);
     return 0;
 }

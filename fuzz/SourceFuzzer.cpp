@@ -5,7 +5,6 @@
 #include "SourceLife.h"
 
 #include <algorithm>
-#include <array>
 #include <numeric>
 
 namespace {
@@ -27,23 +26,20 @@ bool HasCoordSys(std::uint8_t const* data, std::size_t size) {
 }
 
 void WriteFiles(std::uint8_t const* data, std::size_t size) {
-    Fuzz::Scratch const& scratch = Fuzz::Scratch::Instance();
-    std::size_t rest = size - prefixSize;
+    std::filesystem::path const folder = Fuzz::Scratch().Path();
     std::uint8_t const* next = data + prefixSize;
-    std::array<char const*, 3> const names = {"f.shx", "f.dbf", "f.prj"};
-    for (std::size_t i = 0; i < names.size(); ++i) {
-        std::size_t const claimed = data[1 + 2 * i] | data[2 + 2 * i] << 8;
-        std::size_t const taken = std::min(claimed, rest);
-        bool const isCoordSys = i == 2;
-        if (isCoordSys && !HasCoordSys(data, size)) {
-            scratch.Remove(names[i]);
-        } else {
-            scratch.Write(names[i], next, taken);
-        }
-        next += taken;
-        rest -= taken;
+    auto const take = [&](char const* name, std::ptrdiff_t claimed) {
+        std::uint8_t const* const end = next + std::min(claimed, data + size - next);
+        Test::WriteFile(folder / name, {next, end});
+        next = end;
+    };
+    take("f.shx", data[1] | data[2] << 8);
+    take("f.dbf", data[3] | data[4] << 8);
+    take("f.prj", data[5] | data[6] << 8);
+    take("f.shp", data + size - next);
+    if (!HasCoordSys(data, size)) {
+        std::filesystem::remove(folder / "f.prj");
     }
-    scratch.Write("f.shp", next, rest);
 }
 
 } // namespace
@@ -55,7 +51,6 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
     WriteFiles(data, size);
     bool const useAttributes = (data[0] & withoutAttributes) == 0;
     BString const attributeZ(data[0] & withAttributeZ ? "id" : "");
-    Fuzz::LiveThrough(Fuzz::Scratch::Instance().File("f.shp"), useAttributes, attributeZ,
-                      mostRecords);
+    Fuzz::LiveThrough(Fuzz::Scratch().File("f.shp"), useAttributes, attributeZ, mostRecords);
     return 0;
 }

@@ -1,31 +1,17 @@
 #include "SourceLife.h"
 
+#include "Checks.h"
+
 #include "Ambrel/Ambrel.h"
 #include "ShpReader/BShpFeatureCollection.h"
 #include "ShpReader/BShpReader.h"
 #include "ShpReader/shp/BShpFile.h"
 
 #include <algorithm>
-#include <cstdio>
-#include <cstdlib>
-#include <string_view>
 
 namespace Ambrel::Fuzz {
 
 namespace {
-
-void Require(bool isTrue, char const* promise) {
-    if (!isTrue) {
-        std::fprintf(stderr, "Broken promise: %s\n", promise);
-        std::abort();
-    }
-}
-
-/// Makes the compiler and the sanitizers believe that the value matters.
-template <class T>
-void Touch(T const& value) {
-    asm volatile("" : : "r"(&value) : "memory");
-}
 
 /// Touches every vertex and part start that it is given.
 class TouchingRenderer final : public BRenderer {
@@ -43,16 +29,6 @@ public:
     }
     bool DrawPolyline(Gdiplus::Point const* points, int count, int const* starts,
                       int partCount) const override {
-        return DrawParts(points, count, starts, partCount);
-    }
-    bool DrawPolygon(Gdiplus::Point const* points, int count, int const* starts,
-                     int partCount) const override {
-        return DrawParts(points, count, starts, partCount);
-    }
-
-private:
-    static bool DrawParts(Gdiplus::Point const* points, int count, int const* starts,
-                          int partCount) {
         Require(count >= 0 && partCount >= 0, "counts of vertices and parts are not negative");
         std::for_each_n(points, count, [](Gdiplus::Point point) { Touch(point.X ^ point.Y); });
         for (int part = 0; part < partCount; ++part) {
@@ -61,25 +37,15 @@ private:
         }
         return true;
     }
-};
-
-/// Takes an answer or an exception of the host's family.
-template <class Action>
-bool Try(Action action) {
-    try {
-        action();
-        return true;
-    } catch (BException const& failure) {
-        Touch(std::string_view(failure.what()).size());
-        return false;
+    bool DrawPolygon(Gdiplus::Point const* points, int count, int const* starts,
+                     int partCount) const override {
+        return DrawPolyline(points, count, starts, partCount);
     }
-}
+};
 
 void Look(BFeature const& feature) {
     Touch(feature.ComputeMBR());
-    for (std::uint64_t i = 0; i < feature.attributes.GetCount(); ++i) {
-        Touch(feature.attributes.GetAt(i).GetValue().GetValueAsString(BString()));
-    }
+    Touch(TextOf(feature.attributes));
 }
 
 void LookAtAll(BFeatureCollection const& features, std::uint32_t recordCount) {

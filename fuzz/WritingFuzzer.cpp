@@ -7,20 +7,11 @@
 
 #include <fuzzer/FuzzedDataProvider.h>
 
-#include <cstdio>
-#include <cstdlib>
-
 namespace {
 
 using namespace Ambrel;
+using Fuzz::Require;
 using Input = FuzzedDataProvider;
-
-void Require(bool isTrue, char const* promise) {
-    if (!isTrue) {
-        std::fprintf(stderr, "Broken promise: %s\n", promise);
-        std::abort();
-    }
-}
 
 BString TakeText(Input& input, std::size_t most) {
     std::string const text = input.ConsumeRandomLengthString(most);
@@ -58,40 +49,34 @@ struct Written {
     std::uint64_t fields = 0;
 };
 
-bool Prepare(BShpFile& file, Input& input, Written& written) {
+BAttributeDefs TakeSchema(Input& input) {
     BAttributeDefs schema;
     for (int count = input.ConsumeIntegralInRange(0, 6); count > 0; --count) {
         schema.Add(TakeField(input));
     }
-    written.fields = schema.GetCount();
-    try {
-        file.PrepareTable(schema);
-        return true;
-    } catch (BAttributeDataException const&) {
-        return false;
-    }
+    return schema;
 }
 
-void WriteFeature(BShpFile& file, Input& input, Written& written) {
+BSharedPtr<BFeature> TakeFeature(Input& input) {
     BSharedPtr<BFeature> const feature(new BFeature);
     for (int count = input.ConsumeIntegralInRange(0, 7); count > 0; --count) {
         feature->attributes.Add("", TakeValue(input));
     }
-    ++written.records;
-    try {
-        file.WriteFeature(feature);
-        ++written.rows;
-    } catch (BAttributeDataException const&) { // the null shape stands alone
-    }
+    return feature;
 }
 
+/// Where attributes are refused, their null shape stands alone.
 Written WriteAll(BString const& path, Input& input) {
+    using Refusal = BAttributeDataException;
     Written written;
     BShpFile file;
     file.Open(path, BShpFile::writeMode, true, BString());
-    written.isPrepared = Prepare(file, input, written);
-    for (int count = input.ConsumeIntegralInRange(0, 5); count > 0; --count) {
-        WriteFeature(file, input, written);
+    BAttributeDefs const schema = TakeSchema(input);
+    written.fields = schema.GetCount();
+    written.isPrepared = Fuzz::Try<Refusal>([&] { file.PrepareTable(schema); });
+    written.records = input.ConsumeIntegralInRange(0U, 5U);
+    for (std::uint32_t i = 0; i < written.records; ++i) {
+        written.rows += Fuzz::Try<Refusal>([&] { file.WriteFeature(TakeFeature(input)); });
     }
     return written;
 }
@@ -117,7 +102,7 @@ void ReadBack(BString const& path, Written const& written) {
 
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size) {
     Input input(data, size);
-    BString const path = Fuzz::Scratch::Instance().File("w.shp");
+    BString const path = Fuzz::Scratch().File("w.shp");
     Written const written = WriteAll(path, input);
     if (written.isPrepared && written.records > 0) {
         ReadBack(path, written);

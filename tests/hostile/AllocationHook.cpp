@@ -43,6 +43,7 @@ void TakeBack(void* block) noexcept {
 
 } // namespace
 
+// Those that are not here call one of these.
 void* operator new(std::size_t size) {
     if (void* const block = Give(size)) {
         return block;
@@ -70,13 +71,6 @@ void operator delete(void* block, std::size_t) noexcept {
 void operator delete[](void* block, std::size_t) noexcept {
     TakeBack(block);
 }
-void operator delete(void* block, std::nothrow_t const&) noexcept {
-    TakeBack(block);
-}
-void operator delete[](void* block, std::nothrow_t const&) noexcept {
-    TakeBack(block);
-}
-
 namespace Ambrel::Test::Allocations {
 
 std::int64_t LiveBlocks() noexcept {

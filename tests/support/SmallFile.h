@@ -16,7 +16,7 @@ inline ShapefileBuilder SmallFile(std::int32_t shapeType) {
     switch (shapeType % 10) {
     case 1: builder.Point(1, 2, 3, 4).Point(5, 6); break;
     case 3: builder.Polyline({hole, {}, shell}, z, m).Polyline({{{1, 1}, {2, 2}}}); break;
-    case 5: builder.Polygon({shell, hole}, z, m).Polygon({shell, shell}); break;
+    case 5: builder.Polygon({shell, hole}, z, m).Polygon({shell}).Polygon({shell, shell}); break;
     default: builder.MultiPoint({{1, 2}, {3, 4}}).MultiPoint({}); break;
     }
     builder.Null().Field("id", 'N', 2).Field("text", 'C', 5).Field("real", 'F', 5, 2);
