@@ -182,6 +182,11 @@ private:
     BSharedPtr<BFeature> ReadPolyline(std::uint32_t index, RecordContent content) const;
     BSharedPtr<BFeature> ReadPolygon(std::uint32_t index, RecordContent content) const;
     BSharedPtr<BFeature> MakeFeature() const;
+    /// Makes the geometry of a sound record of several vertices.
+    using MakeGeometry = BSharedPtr<BGeometry> (*)(std::uint32_t index, VertexRecord const& record,
+                                                   bool is3d);
+    BSharedPtr<BFeature> MakeFeatureOf(std::uint32_t index, VertexRecord const& record,
+                                       MakeGeometry makeGeometry) const;
     void ReportMissingBlocks(std::uint32_t index, bool zIsThere, bool measuresAreThere) const;
     /// Adds the Z and measure entries of a record of several vertices.
     void AddPartMetadata(VertexRecord const& record, BKeyValuePairs& metadata) const;

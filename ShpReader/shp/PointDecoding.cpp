@@ -30,6 +30,16 @@ BSharedPtr<Geometry> MakePoint(BPoint const& point, bool is3d) {
     return geometry;
 }
 
+BSharedPtr<BGeometry> MakePoints(std::uint32_t /*index*/, VertexRecord const& record, bool is3d) {
+    auto* const members = new BAggregatePoint;
+    BSharedPtr<BGeometry> geometry(members);
+    members->Reserve(record.PointCount());
+    for (std::size_t i = 0; i < record.PointCount(); ++i) {
+        members->Add(MakePoint<BPointGeo>(ReadVertex(record, i), is3d));
+    }
+    return geometry;
+}
+
 } // namespace
 
 BSharedPtr<BFeature> BShpFile::ReadPoint(std::uint32_t index, RecordContent content) const {
@@ -56,23 +66,7 @@ BSharedPtr<BFeature> BShpFile::ReadPoint(std::uint32_t index, RecordContent cont
 }
 
 BSharedPtr<BFeature> BShpFile::ReadMultiPoint(std::uint32_t index, RecordContent content) const {
-    BSharedPtr<BFeature> feature = MakeFeature();
-    VertexRecord const record = VertexRecord::OfMultiPoint(content, hasZ, hasMeasures);
-    if (record.Fault() != RecordFault::None) {
-        ReportInvalidRecord(index, record.Fault());
-        return feature;
-    }
-    ReportMissingBlocks(index, !hasZ || record.HasZ(), !hasMeasures || record.HasMeasures());
-    auto* const members = new BAggregatePoint;
-    BSharedPtr<BGeometry> geometry(members);
-    geometry->is3d = hasZ;
-    members->Reserve(record.PointCount());
-    for (std::size_t i = 0; i < record.PointCount(); ++i) {
-        members->Add(MakePoint<BPointGeo>(ReadVertex(record, i), hasZ));
-    }
-    feature->SetGeometry(std::move(geometry));
-    AddPartMetadata(record, feature->GetMetadata());
-    return feature;
+    return MakeFeatureOf(index, VertexRecord::OfMultiPoint(content, hasZ, hasMeasures), MakePoints);
 }
 
 } // namespace Ambrel

@@ -4,7 +4,6 @@
 
 #include "Ambrel/BAggregate.h"
 #include "Ambrel/BLogger.h"
-#include "ShpReader/shp/RecordFaults.h"
 #include "ShpReader/shp/Vertices.h"
 
 #include <array>
@@ -158,22 +157,14 @@ BSharedPtr<BGeometry> MakeFromRings(std::uint32_t index, VertexRecord const& rec
                                : MakeAggregateArea(groups);
 }
 
+BSharedPtr<BGeometry> MakeArea(std::uint32_t index, VertexRecord const& record, bool is3d) {
+    return record.PartCount() == 1 ? MakeSinglePolygon(record) : MakeFromRings(index, record, is3d);
+}
+
 } // namespace
 
 BSharedPtr<BFeature> BShpFile::ReadPolygon(std::uint32_t index, RecordContent content) const {
-    BSharedPtr<BFeature> feature = MakeFeature();
-    VertexRecord const record = VertexRecord::OfParts(content, hasZ, hasMeasures);
-    if (RecordFault const fault = FindFault(record); fault != RecordFault::None) {
-        ReportInvalidRecord(index, fault);
-        return feature;
-    }
-    ReportMissingBlocks(index, !hasZ || record.HasZ(), !hasMeasures || record.HasMeasures());
-    BSharedPtr<BGeometry> geometry =
-        record.PartCount() == 1 ? MakeSinglePolygon(record) : MakeFromRings(index, record, hasZ);
-    AddPartMetadata(record, feature->GetMetadata());
-    geometry->is3d = hasZ;
-    feature->SetGeometry(std::move(geometry));
-    return feature;
+    return MakeFeatureOf(index, VertexRecord::OfParts(content, hasZ, hasMeasures), MakeArea);
 }
 
 } // namespace Ambrel

@@ -3,7 +3,6 @@
 #include "ShpReader/shp/BShpFile.h"
 
 #include "Ambrel/BAggregate.h"
-#include "ShpReader/shp/RecordFaults.h"
 #include "ShpReader/shp/Vertices.h"
 
 namespace Ambrel {
@@ -35,24 +34,16 @@ BSharedPtr<BGeometry> ReadPolylineParts(VertexRecord const& record, bool is3d) {
     return geometry;
 }
 
+BSharedPtr<BGeometry> MakeLine(std::uint32_t /*index*/, VertexRecord const& record, bool is3d) {
+    return record.PartCount() == 1
+               ? MakePolyline<BGeometry>(ReadVertices(record, 0, record.PointCount()))
+               : ReadPolylineParts(record, is3d);
+}
+
 } // namespace
 
 BSharedPtr<BFeature> BShpFile::ReadPolyline(std::uint32_t index, RecordContent content) const {
-    BSharedPtr<BFeature> feature = MakeFeature();
-    VertexRecord const record = VertexRecord::OfParts(content, hasZ, hasMeasures);
-    if (RecordFault const fault = FindFault(record); fault != RecordFault::None) {
-        ReportInvalidRecord(index, fault);
-        return feature;
-    }
-    ReportMissingBlocks(index, !hasZ || record.HasZ(), !hasMeasures || record.HasMeasures());
-    BSharedPtr<BGeometry> geometry =
-        record.PartCount() == 1
-            ? MakePolyline<BGeometry>(ReadVertices(record, 0, record.PointCount()))
-            : ReadPolylineParts(record, hasZ);
-    AddPartMetadata(record, feature->GetMetadata());
-    geometry->is3d = hasZ;
-    feature->SetGeometry(std::move(geometry));
-    return feature;
+    return MakeFeatureOf(index, VertexRecord::OfParts(content, hasZ, hasMeasures), MakeLine);
 }
 
 } // namespace Ambrel

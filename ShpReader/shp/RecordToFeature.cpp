@@ -53,6 +53,15 @@ void SetZ(BGeometry& geometry, double z) {
     geometry.is3d = 1;
 }
 
+/// Why the parts of a record can not be decoded. The start of a single part is not looked at: it
+/// has all vertices.
+RecordFault FindFault(VertexRecord const& record) noexcept {
+    if (record.Fault() != RecordFault::None || record.PartCount() == 1) {
+        return record.Fault();
+    }
+    return record.CheckPartStarts();
+}
+
 } // namespace
 
 void ReportInvalidRecord(std::uint32_t index, RecordFault fault) {
@@ -109,6 +118,21 @@ BSharedPtr<BFeature> BShpFile::MakeFeature() const {
     BSharedPtr<BFeature> feature(new BFeature);
     constexpr std::size_t completion = 2;
     feature->GetMetadata().Reserve((hasZ ? 2U : 0U) + (hasMeasures ? 3U : 0U) + completion);
+    return feature;
+}
+
+BSharedPtr<BFeature> BShpFile::MakeFeatureOf(std::uint32_t index, VertexRecord const& record,
+                                             MakeGeometry makeGeometry) const {
+    BSharedPtr<BFeature> feature = MakeFeature();
+    if (RecordFault const fault = FindFault(record); fault != RecordFault::None) {
+        ReportInvalidRecord(index, fault);
+        return feature;
+    }
+    ReportMissingBlocks(index, !hasZ || record.HasZ(), !hasMeasures || record.HasMeasures());
+    BSharedPtr<BGeometry> geometry = makeGeometry(index, record, hasZ);
+    AddPartMetadata(record, feature->GetMetadata());
+    geometry->is3d = hasZ;
+    feature->SetGeometry(std::move(geometry));
     return feature;
 }
 
