@@ -74,7 +74,12 @@ TEST_F(Draw, PaintsRecordsWhereTheyLieAndInTheirStyle) {
         {ShapefileBuilder(8).MultiPoint(
              {{50, 50}, {-2, 50}, {90, -2}, {90, 122}, {-1e30, infinity}, {1e30, 60}}),
          inPixels + "color=red,width=10",
-         {{50, 70, red}, {0, 70, red}, {90, 0, red}, {90, 119, red}, {100, 70, white}}},
+         {{50, 70, red},
+          {0, 70, red},
+          {119, 70, white},
+          {90, 0, red},
+          {90, 119, red},
+          {100, 70, white}}},
         {ShapefileBuilder(1).Point(123, 50), inPixels + "color=red,width=10", {{119, 70, red}}},
         {ShapefileBuilder(1).Point(50, 50), inPixels + "color=none", {{50, 70, white}}},
     };
