@@ -19,12 +19,18 @@ namespace Ambrel {
 
 namespace {
 
-/// As QFile has it. Most names are ASCII, which every codec of a file system leaves as it is.
-QByteArray EncodeName(BString const& path) {
+constexpr int openFlags = O_RDONLY | O_CLOEXEC | O_NONBLOCK; // else a pipe waits for its writer
+
+/// The name is encoded as QFile does. Most are ASCII, which every codec of a file system leaves as
+/// it is.
+int OpenDescriptor(BString const& path) {
     std::string_view const text = path.Utf8();
+    if (text.find('\0') != std::string_view::npos) {
+        return -1; // The system would take it for the end of the name.
+    }
     bool const isAscii = std::all_of(text.begin(), text.end(), [](char c) { return c > 0; });
-    return isAscii ? QByteArray::fromRawData(text.data(), static_cast<int>(text.size()))
-                   : QFile::encodeName(MakeQString(path));
+    return isAscii ? open(path.Ascii(), openFlags)
+                   : open(QFile::encodeName(MakeQString(path)).constData(), openFlags);
 }
 
 /// Its size in bytes; -1 for what is no regular file.
@@ -39,8 +45,7 @@ std::int64_t SizeOfFile(int descriptor) noexcept {
 // Through QFile, opening, reading once and closing takes twice as long: seven system calls, not
 // four.
 BInputFile::BInputFile(BString const& path) {
-    // Without O_NONBLOCK, a pipe waits for its writer.
-    int const opened = open(EncodeName(path).constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+    int const opened = OpenDescriptor(path);
     if (opened < 0) {
         return;
     }
