@@ -22,15 +22,30 @@ public:
     Texts calls;
 };
 
-ShapefileBuilder Points(int count) {
-    ShapefileBuilder builder(1);
-    for (int i = 0; i < count; ++i) {
-        builder.Point(i, i);
+class ReaderTest : public testing::Test {
+protected:
+    /// Opens what a file, or else the folder, holds.
+    void Open(ShapefileBuilder const& builder, BString const& option = BString()) {
+        OpenFile(builder.WriteTo(folder, "a"), option);
     }
-    return builder;
-}
+    void OpenFile(BString const& path, BString const& option = BString()) {
+        reader = MakeReader(option);
+        reader->Open(path, BParamList());
+    }
 
-TEST(ReaderTest, ProxyMakesReadersOfItsFormat) {
+    BFeatureCollection const& Features(std::uint64_t layer = 0) const {
+        return LayerOf(*reader, layer).GetFeatures();
+    }
+    std::string Extents() const {
+        return TextOf(BDataManager::ExtentsOf(reader->QueryInfo(QUERY_DATA_EXTENTS)));
+    }
+
+    TemporaryFolder const folder;
+    BString const folderPath{folder.Path().c_str()};
+    std::unique_ptr<BShpReader> reader = MakeReader();
+};
+
+TEST_F(ReaderTest, ProxyMakesReadersOfItsFormat) {
     BShpProxy proxy;
     EXPECT_TRUE(proxy.SupportsFormat(DS_SHP));
     EXPECT_FALSE(proxy.SupportsFormat("shp"));
@@ -38,146 +53,108 @@ TEST(ReaderTest, ProxyMakesReadersOfItsFormat) {
     BCoordSysRepository repository;
     BParamList params;
     params.Add(OPTION_DISK_CACHE, true);
-    std::unique_ptr<BDataReader> const reader(
+    std::unique_ptr<BDataReader> const made(
         proxy.CreateReader("x", params, &repository, BLogger::Instance()));
-    EXPECT_FALSE(reader->IsOpen());
-    EXPECT_EQ(reader->GetStatus(), 4615U);
-    EXPECT_EQ(reader->GetFormat(), DS_SHP);
-    EXPECT_TRUE(reader->UsingDiskCache());
-    EXPECT_EQ(reader->GetRepository(), &repository);
-    EXPECT_TRUE(reader->CanQuery(QUERY_DATA_EXTENTS));
-    EXPECT_FALSE(reader->CanQuery("else"));
+    EXPECT_FALSE(made->IsOpen());
+    EXPECT_EQ(made->GetStatus(), 4615U);
+    EXPECT_EQ(made->GetFormat(), DS_SHP);
+    EXPECT_TRUE(made->UsingDiskCache());
+    EXPECT_EQ(made->GetRepository(), &repository);
+    EXPECT_FALSE(made->CanQuery("else"));
 }
 
-TEST(ReaderTest, WritesItsStepsToTheLog) {
-    TemporaryFolder const folder;
-    BString const path = Points(1).WriteTo(folder, "a");
-    std::string const full = path.Ascii();
-    std::string const table = full.substr(0, full.size() - 3) + "dbf";
+TEST_F(ReaderTest, WritesItsStepsToTheLog) {
+    std::string const file = folder.Path() / "a";
     LogCapture const log;
-    auto reader = MakeReader();
-    reader->Open(path, BParamList());
+    Open(Diagonal(1));
     reader->Read();
-    reader->Close();
-    reader->Open(path, BParamList());
     reader.reset();
-    std::vector<LogLine> const open = {{LOG_PROGRESS, "SHP-Reader: Opening " + full + "..."},
-                                       {LOG_PROGRESS, "DBF-File: Opening DBF file <" + table + ">"},
-                                       {LOG_PROGRESS, "DBF-File: Reading schema..."},
-                                       {LOG_DETAIL, "SHP-Reader: Features in memory"},
-                                       {LOG_PROGRESS, "DBF-File: Reading schema..."},
-                                       {LOG_DETAIL, "SHP-Reader: Added layer: a"},
-                                       {LOG_PROGRESS, "SHP-Reader: Open() succeeded"}};
-    std::vector<LogLine> expected = open;
-    expected.push_back({LOG_PROGRESS, "SHP-Reader: Reading file..."});
-    expected.push_back({LOG_PROGRESS, "SHP-Reader: File read successfully..."});
-    expected.push_back({LOG_PROGRESS, "SHP-Reader: Closing..."});
-    expected.insert(expected.end(), open.begin(), open.end());
-    expected.push_back({LOG_PROGRESS, "SHP-Reader: Closing..."});
-    EXPECT_EQ(log.Lines(), expected);
+    EXPECT_EQ(log.Lines(),
+              (std::vector<LogLine>{{LOG_PROGRESS, "SHP-Reader: Opening " + file + ".shp..."},
+                                    {LOG_PROGRESS, "DBF-File: Opening DBF file <" + file + ".dbf>"},
+                                    {LOG_PROGRESS, "DBF-File: Reading schema..."},
+                                    {LOG_DETAIL, "SHP-Reader: Features in memory"},
+                                    {LOG_PROGRESS, "DBF-File: Reading schema..."},
+                                    {LOG_DETAIL, "SHP-Reader: Added layer: a"},
+                                    {LOG_PROGRESS, "SHP-Reader: Open() succeeded"},
+                                    {LOG_PROGRESS, "SHP-Reader: Reading file..."},
+                                    {LOG_PROGRESS, "SHP-Reader: File read successfully..."},
+                                    {LOG_PROGRESS, "SHP-Reader: Closing..."}}));
 }
 
-TEST(ReaderTest, HoldsFeaturesWhereTheHostWants) {
-    TemporaryFolder const folder;
-    BString const path =
-        ShapefileBuilder(5)
-            .Polygon({{{0, 0}, {0, 9}, {9, 9}, {0, 0}}, {{1, 2}, {2, 3}, {1, 3}, {1, 2}}})
-            .Null()
-            .Point(3, 4)
-            .WriteTo(folder, "a");
+TEST_F(ReaderTest, HoldsFeaturesWhereTheHostWants) {
+    Vertices const shell = {{0, 0}, {0, 9}, {9, 9}, {0, 0}};
+    Vertices const hole = {{1, 2}, {2, 3}, {1, 3}, {1, 2}};
     Texts const expected = {"donut{polygon[0 0,0 9,9 9,0 0] polygon[1 2,2 3,1 3,1 2]}", "none",
                             "point[3 4]"};
-    struct ModeCase {
-        BString option;
-        char const* line;
-        std::uint64_t countBeforeRead;
-    };
-    ModeCase const cases[] = {
-        {BString(), "SHP-Reader: Features in memory", 0},
-        {OPTION_DISK_CACHE, "SHP-Reader: Features in disk cache", 0},
-        {OPTION_DIRECT_ACCESS, "SHP-Reader: Using direct access features", 3},
-    };
-    for (ModeCase const& c : cases) {
-        SCOPED_TRACE(c.line);
+    for (auto const& [option, place, countBeforeRead] :
+         {std::tuple{BString(), "Features in memory", 0U},
+          {OPTION_DISK_CACHE, "Features in disk cache", 0U},
+          {OPTION_DIRECT_ACCESS, "Using direct access features", 3U}}) {
         LogCapture const log;
-        auto const reader = MakeReader(c.option);
-        reader->Open(path, BParamList());
-        BFeatureCollection const& features = LayerOf(*reader).GetFeatures();
-        EXPECT_EQ(features.GetCount(), c.countBeforeRead);
+        Open(ShapefileBuilder(5).Polygon({shell, hole}).Null().Point(3, 4), option);
+        EXPECT_EQ(log.Count(LOG_DETAIL, std::string("SHP-Reader: ") + place), 1U) << place;
+        EXPECT_EQ(Features().GetCount(), countBeforeRead);
         reader->Read();
         reader->Read(); // Refills, does not add.
-        EXPECT_EQ(log.Count(LOG_DETAIL, c.line), 1U);
-        EXPECT_EQ(TextsOf(features), expected);
-        EXPECT_EQ(features.GetAt(2)->attributes.GetAt(0).GetValue().GetValueAsInteger(0), 3);
+        EXPECT_EQ(TextsOf(Features()), expected);
+        EXPECT_EQ(Features().GetAt(2)->attributes.GetAt(0).GetValue(), BVariant(3));
     }
     BParamList both;
     both.Add(OPTION_DIRECT_ACCESS, true);
     both.Add(OPTION_DISK_CACHE, true);
     LogCapture const log;
-    BShpReader(both).Open(path, BParamList());
+    BShpReader(both).Open(folder.File("a.shp"), BParamList());
     EXPECT_EQ(log.Count(LOG_DETAIL, "SHP-Reader: Using direct access features"), 1U);
 }
 
-TEST(ReaderTest, ReadsAttributesUnlessTold) {
-    TemporaryFolder const folder;
-    BString const path = Points(1).WriteTo(folder, "a");
-    struct OptionCase {
-        std::optional<BVariant> value;
-        std::uint64_t attributes;
-    };
+TEST_F(ReaderTest, ReadsAttributesUnlessTold) {
+    BString const path = Diagonal(1).WriteTo(folder, "a");
     // Present but no boolean counts as false.
-    OptionCase const cases[] = {
-        {std::nullopt, 1}, {BVariant(true), 1}, {BVariant(false), 0}, {BVariant("maybe"), 0}};
-    for (OptionCase const& c : cases) {
+    for (auto const& [name, value, attributes, geometry] :
+         {std::tuple{"ELSE", BVariant(false), 1U, "point[0 0]"},
+          {"USE_ATTRIBUTES", BVariant(true), 1U, "point[0 0]"},
+          {"USE_ATTRIBUTES", BVariant(false), 0U, "point[0 0]"},
+          {"USE_ATTRIBUTES", BVariant("maybe"), 0U, "point[0 0]"},
+          {"USE_ATTRIBUTE_Z", BVariant("id"), 1U, "point Z[0 0 1]"}}) {
         BParamList params;
-        if (c.value) {
-            params.Add("USE_ATTRIBUTES", *c.value);
-        }
-        auto const reader = MakeReader();
+        params.Add(name, value);
+        reader = MakeReader();
         reader->Open(path, params);
         reader->Read();
-        EXPECT_EQ(LayerOf(*reader).GetFeatures().GetAt(0)->attributes.GetCount(), c.attributes);
+        EXPECT_EQ(Features().GetAt(0)->attributes.GetCount(), attributes) << name;
+        EXPECT_EQ(TextsOf(Features()), Texts{geometry});
     }
-    BParamList params;
-    params.SetValue("USE_ATTRIBUTE_Z", BString("id"));
-    auto const reader = MakeReader();
-    reader->Open(path, params);
-    reader->Read();
-    EXPECT_EQ(TextOf(*LayerOf(*reader).GetFeatures().GetAt(0)), "point Z[0 0 1]");
 }
 
-TEST(ReaderTest, MakesALayerForEachFile) {
-    TemporaryFolder const folder;
-    Points(1).Extent(0, 0, 1, 1).WriteTo(folder, "b");
-    Points(2).Extent(5, -5, 6, 0).WriteTo(folder, "a");
-    Points(3).WithoutTable().WriteTo(folder, "c");
-    BString const name = BString(folder.Path().c_str());
-    auto const reader = MakeReader();
-    EXPECT_BEXCEPTION(reader->Open(name, BParamList()), BFileNotFoundException, "BShpFile::Open",
-                      folder.File("c.dbf"));
+TEST_F(ReaderTest, MakesALayerForEachFile) {
+    Diagonal(1).Extent(0, 0, 1, 1).WriteTo(folder, "b");
+    Diagonal(2).Extent(5, -5, 6, 0).WriteTo(folder, "a");
+    Diagonal(3).WithoutTable().WriteTo(folder, "c");
+    EXPECT_BEXCEPTION(reader->Open(folderPath, BParamList()), BFileNotFoundException,
+                      "BShpFile::Open", folder.File("c.dbf"));
     EXPECT_FALSE(reader->IsOpen());
     EXPECT_EQ(reader->GetLayers().GetCount(), 2U);
     std::filesystem::remove(folder.Path() / "c.shp");
-    reader->Open(name, BParamList());
+    reader->Open(folderPath, BParamList());
     reader->Read(); // What the failed Open has left fills no layer.
-    EXPECT_EQ(LayerOf(*reader, 1).GetFeatures().GetCount(), 1U);
+    EXPECT_EQ(Features(1).GetCount(), 1U);
     EXPECT_EQ(LayerOf(*reader, 0).name, BString("a"));
     EXPECT_EQ(LayerOf(*reader, 1).name, BString("b"));
-    EXPECT_EQ(TextOf(BDataManager::ExtentsOf(reader->QueryInfo(QUERY_DATA_EXTENTS))), "0 -5 6 1");
-    EXPECT_BEXCEPTION(reader->Open(name, BParamList()), BAlreadyOpenException,
-                      "BVectorDataReader::Open", name);
+    EXPECT_EQ(Extents(), "0 -5 6 1");
+    EXPECT_BEXCEPTION(reader->Open(folderPath, BParamList()), BAlreadyOpenException,
+                      "BVectorDataReader::Open", folderPath);
+    reader->Close();
+    EXPECT_NO_THROW(reader->Open(folderPath, BParamList()));
 }
 
-TEST(ReaderTest, OpensAnEmptyFolder) {
-    TemporaryFolder const folder;
-    auto const reader = MakeReader();
-    reader->Open(BString(folder.Path().c_str()), BParamList());
+TEST_F(ReaderTest, OpensAnEmptyFolder) {
+    OpenFile(folderPath);
     EXPECT_TRUE(reader->IsOpen());
-    EXPECT_EQ(TextOf(BDataManager::ExtentsOf(reader->QueryInfo(QUERY_DATA_EXTENTS))), "empty");
+    EXPECT_EQ(Extents(), "empty");
 }
 
-TEST(ReaderTest, RefusesToAnswerUnopened) {
-    auto const reader = MakeReader();
+TEST_F(ReaderTest, RefusesToAnswerUnopened) {
     EXPECT_BEXCEPTION(reader->Read(), BNotOpenException, "BShpReader::Read",
                       "Must call Open() before calling Read()");
     EXPECT_BEXCEPTION(reader->QueryInfo("what"), BUnsupportedCapabilityException,
@@ -186,25 +163,21 @@ TEST(ReaderTest, RefusesToAnswerUnopened) {
                       "BShpReader::QueryInfo", QUERY_DATA_EXTENTS);
 }
 
-TEST(ReaderTest, AsksTheObserverAfterEveryRecord) {
-    TemporaryFolder const folder;
-    auto const reader = MakeReader();
-    reader->Open(Points(3).WriteTo(folder, "a"), BParamList());
+TEST_F(ReaderTest, WantingNoReportDoesNotEndTheRead) {
+    Open(Diagonal(3));
     Observer observer;
+    observer.wants = false;
     reader->SetProgress(&observer);
-    observer.wants = false; // Wanting no report does not end the read.
     reader->Read();
     EXPECT_EQ(observer.calls, (Texts{"wants 0 0", "wants 1 0", "wants 2 0"}));
-    EXPECT_EQ(LayerOf(*reader).GetFeatures().GetCount(), 3U);
+    EXPECT_EQ(Features().GetCount(), 3U);
 }
 
-TEST(ReaderTest, CancelsAtTheRecordThatTheObserverRefuses) {
-    TemporaryFolder const folder;
-    Points(2).WriteTo(folder, "a");
-    Points(5).WriteTo(folder, "b");
-    Points(9).WriteTo(folder, "c");
-    auto const reader = MakeReader();
-    reader->Open(BString(folder.Path().c_str()), BParamList());
+TEST_F(ReaderTest, CancelsAtTheRecordThatTheObserverRefuses) {
+    Diagonal(2).WriteTo(folder, "a");
+    Diagonal(5).WriteTo(folder, "b");
+    Diagonal(9).WriteTo(folder, "c");
+    OpenFile(folderPath);
     BLayers const layers = reader->GetLayers();
     Observer observer;
     observer.lastRecord = 3;
@@ -214,8 +187,10 @@ TEST(ReaderTest, CancelsAtTheRecordThatTheObserverRefuses) {
     EXPECT_EQ(reader->GetReadResult(), 3);
     EXPECT_EQ(reader->GetLayers().GetCount(), 0U);
     EXPECT_EQ(log.Count(LOG_PROGRESS, "SHP-Reader: File read successfully..."), 1U);
-    Texts const tail(observer.calls.end() - 3, observer.calls.end());
-    EXPECT_EQ(tail, (Texts{"wants 3 0", "report 3 5", "report 5 5"}));
+    EXPECT_EQ(observer.calls,
+              (Texts{"wants 0 0", "report 0 2", "wants 1 0", "report 1 2", "wants 0 0",
+                     "report 0 5", "wants 1 0", "report 1 5", "wants 2 0", "report 2 5",
+                     "wants 3 0", "report 3 5", "report 5 5"}));
     auto const countOf = [&](std::uint64_t i) {
         return static_cast<BVectorLayer&>(*layers.GetAt(i)).GetFeatures().GetCount();
     };
@@ -225,10 +200,8 @@ TEST(ReaderTest, CancelsAtTheRecordThatTheObserverRefuses) {
     EXPECT_EQ(reader->GetReadResult(), 0);
 }
 
-TEST(ReaderTest, CancelsDirectAccessAtTheFirstReport) {
-    TemporaryFolder const folder;
-    auto const reader = MakeReader(OPTION_DIRECT_ACCESS);
-    reader->Open(Points(2).WriteTo(folder, "a"), BParamList());
+TEST_F(ReaderTest, CancelsDirectAccessAtTheFirstReport) {
+    Open(Diagonal(2), OPTION_DIRECT_ACCESS);
     Observer observer;
     observer.lastRecord = 1;
     reader->SetProgress(&observer);
@@ -238,25 +211,16 @@ TEST(ReaderTest, CancelsDirectAccessAtTheFirstReport) {
     EXPECT_EQ(observer.calls, Texts{"report 1 1"});
 }
 
-TEST(ReaderTest, StopsAtARecordThatCanNotBeDecoded) {
-    TemporaryFolder const folder;
-    auto const reader = MakeReader();
-    reader->Open(Points(3).Raw(ByteList().Little32(31)).Point(9, 9).WriteTo(folder, "a"),
-                 BParamList());
+TEST_F(ReaderTest, StopsAtARecordThatCanNotBeRead) {
+    Open(Diagonal(3).Raw(ByteList().Little32(31)).Point(9, 9));
     EXPECT_BEXCEPTION(reader->Read(), BUnknownGeometryException, "BShpFile::Read",
                       "Multipatch geometry is not supported.");
-    EXPECT_EQ(LayerOf(*reader).GetFeatures().GetCount(), 3U);
+    EXPECT_EQ(Features().GetCount(), 3U);
     EXPECT_TRUE(reader->IsOpen());
-}
-
-TEST(ReaderTest, StopsWhereTheTableEnds) {
-    TemporaryFolder const folder;
-    auto const reader = MakeReader();
-    reader->Open(Points(3).Field("a", 'C', 2).Row({"x"}).Row({"y"}).WriteTo(folder, "a"),
-                 BParamList());
+    Open(Diagonal(3).Field("a", 'C', 2).Row({"x"}).Row({"y"}));
     EXPECT_BEXCEPTION(reader->Read(), BIndexOutOfBoundsException, "BDbfFile::ReadAttributeRecord",
                       "SHP/DBF data mismatch (Index=2, NumRecords=2)");
-    EXPECT_EQ(LayerOf(*reader).GetFeatures().GetCount(), 2U);
+    EXPECT_EQ(Features().GetCount(), 2U);
 }
 
 /// A feature collection without room.
@@ -267,16 +231,14 @@ public:
     void Reserve(std::uint64_t) override { throw std::bad_alloc(); }
 };
 
-TEST(ReaderTest, LetsTheFilesGoWhenMemoryRunsOut) {
-    TemporaryFolder const folder;
-    auto const reader = MakeReader();
-    reader->Open(Points(1).WriteTo(folder, "a"), BParamList());
+TEST_F(ReaderTest, LetsTheFilesGoWhenMemoryRunsOut) {
+    Open(Diagonal(1));
     LayerOf(*reader).SetFeaturesPtr(new FullCollection);
     EXPECT_BEXCEPTION(reader->Read(), BResourceException, "BShpReader::Read",
                       std::bad_alloc().what());
     EXPECT_EQ(reader->GetStatus(), 2U);
     EXPECT_TRUE(reader->IsOpen());
-    EXPECT_EQ(TextOf(BDataManager::ExtentsOf(reader->QueryInfo(QUERY_DATA_EXTENTS))), "empty");
+    EXPECT_EQ(Extents(), "empty");
     reader->ResetStatus();
     EXPECT_EQ(reader->GetStatus(), 4615U);
 }

@@ -20,20 +20,18 @@ TEST(RecordAccessTest, LetsTheIndexGovernTheLength) {
 }
 
 TEST(RecordAccessTest, ReadsIndexEntriesFromMemoryOrFromTheFile) {
-    OpenShapefile const file(ShapefileBuilder(1).Point(1, 2).Point(3, 4));
-    EXPECT_EQ(TextOf(*file->ReadFeature(1, true)), "point[3 4]") << "from the file";
+    OpenShapefile const file(Diagonal(2));
+    EXPECT_EQ(TextOf(*file->ReadFeature(1, true)), "point[1 1]") << "from the file";
     file->LoadIndex();
     std::filesystem::remove(file.folder.Path() / "file.shx");
-    EXPECT_EQ(TextOf(*file->ReadFeature(1, true)), "point[3 4]") << "from memory";
+    EXPECT_EQ(TextOf(*file->ReadFeature(1, true)), "point[1 1]") << "from memory";
     file->ReleaseBuffers();
     EXPECT_BEXCEPTION(file->ReadFeature(1, true), BFileNotFoundException, "BShpFile::ReadRecord",
                       file.folder.File("file.shx"));
 }
 
 TEST(RecordAccessTest, ReusesTheSharedBufferUntilARecordIsLarger) {
-    ShapefileBuilder builder(3);
-    builder.Raw(Bytes(20)).Raw(Bytes(100)).Raw(Bytes(60));
-    OpenShapefile const file(builder);
+    OpenShapefile const file(ShapefileBuilder(3).Raw(Bytes(20)).Raw(Bytes(100)).Raw(Bytes(60)));
     file->LoadIndex();
     for (auto const& [index, size] : {std::pair{0U, 20U}, {1U, 100U}, {2U, 100U}}) {
         file->GetFeatureMBRAt(index);
@@ -60,17 +58,15 @@ TEST(RecordAccessTest, GivesTheStoredRectangles) {
 }
 
 TEST(RecordAccessTest, RefusesIndexesBeyondTheCountBeforeAnythingIsReleased) {
-    OpenShapefile const file(ShapefileBuilder(1).Point(1, 2));
+    OpenShapefile const file(Diagonal(1));
     file->LoadIndex();
-    BParamList const none;
-    BSharedPtr<BFeature> feature;
-    std::uint64_t const wraps = 0x100000000U; // record 0 in 32 bits
+    constexpr std::uint64_t wraps = 0x100000000U; // record 0 in 32 bits
     EXPECT_BEXCEPTION(file->ReadFeature(1, true), BIndexOutOfBoundsException, readFeature,
                       "Index=1, NumRecords=1");
     EXPECT_BEXCEPTION(file->ReadFeature(wraps, true), BIndexOutOfBoundsException, readFeature,
                       "Index=4294967296, NumRecords=1");
-    EXPECT_BEXCEPTION(file->GetFeatureMBRAt(1), BIndexOutOfBoundsException,
-                      "BShpFile::GetFeatureMBRAt", "Index=1, NumRecords=1");
+    EXPECT_BEXCEPTION(file->GetFeatureMBRAt(wraps), BIndexOutOfBoundsException,
+                      "BShpFile::GetFeatureMBRAt", "Index=4294967296, NumRecords=1");
     EXPECT_BEXCEPTION(file->RenderFeatures({wraps}, nullptr), BIndexOutOfBoundsException,
                       "BShpFile::RenderFeatures", "Index=4294967296, NumRecords=1");
     EXPECT_TRUE(file->HasIndexInMemory());
@@ -80,40 +76,25 @@ TEST(RecordAccessTest, ReleasesTheBuffersWhenAFetchFailsAndGoesOn) {
     OpenShapefile const file(
         ShapefileBuilder(1).Point(1, 2).Raw(ByteList().Little32(31)).Point(5, 6));
     file->LoadIndex();
-    EXPECT_BEXCEPTION(file->ReadFeature(1, true), BUnknownGeometryException, "BShpFile::Read",
-                      "Multipatch geometry is not supported.");
+    EXPECT_THROW(file->ReadFeature(1, true), BUnknownGeometryException);
     EXPECT_FALSE(file->HasIndexInMemory());
     EXPECT_EQ(TextOf(*file->ReadFeature(2, true)), "point[5 6]");
 }
 
-TEST(RecordAccessTest, NeedsAFileThatIsOpenForReading) {
-    BShpFile closed;
-    BParamList const none;
-    std::vector<std::uint64_t> result;
-    EXPECT_BEXCEPTION(closed.GetFeatureMBRAt(0), BReadWriteMismatchException, readFeature, "");
-    EXPECT_BEXCEPTION(closed.ReadFeature(0, true), BReadWriteMismatchException, readFeature, "");
-    EXPECT_BEXCEPTION(closed.HasFeaturesInArea(BRect(), none), BReadWriteMismatchException,
-                      readFeature, "");
-    EXPECT_BEXCEPTION(closed.SelectFeatures(BRect(), none, result), BReadWriteMismatchException,
-                      readFeature, "");
-    EXPECT_BEXCEPTION(closed.Read(MakeLayer()), BReadWriteMismatchException, "BShpFile::Read", "");
-    EXPECT_BEXCEPTION(closed.RenderFeatures({}, nullptr), BReadWriteMismatchException,
-                      "BShpFile::RenderFeatures", "");
-}
-
 TEST(RecordAccessTest, ReportsPrivateHandlesThatDoNotOpen) {
-    OpenShapefile const file(ShapefileBuilder(1).Point(1, 2));
+    OpenShapefile const file(Diagonal(1));
     file->LoadIndex();
     std::filesystem::remove(file.path.Ascii());
     BParamList const none;
-    std::vector<std::uint64_t> result;
-    EXPECT_BEXCEPTION(file->ReadFeature(0, true), BFileNotFoundException, readFeature, file.path);
-    EXPECT_BEXCEPTION(file->SelectFeatures(BRect(), none, result), BFileNotFoundException,
-                      "BShpFile::SelectFeatures", file.path);
-    EXPECT_BEXCEPTION(file->HasFeaturesInArea(BRect(), none), BFileNotFoundException,
-                      "BShpFile::HasFeaturesInArea", file.path);
-    EXPECT_BEXCEPTION(file->RenderFeatures({0}, nullptr), BFileNotFoundException,
-                      "BShpFile::RenderFeatures", file.path);
+    Indexes result;
+    auto const expectNotFound = [&](auto action, char const* operation) {
+        EXPECT_BEXCEPTION(action(), BFileNotFoundException, operation, file.path);
+    };
+    expectNotFound([&] { file->ReadFeature(0, true); }, readFeature);
+    expectNotFound([&] { file->SelectFeatures(BRect(), none, result); },
+                   "BShpFile::SelectFeatures");
+    expectNotFound([&] { file->HasFeaturesInArea(BRect(), none); }, "BShpFile::HasFeaturesInArea");
+    expectNotFound([&] { file->RenderFeatures({0}, nullptr); }, "BShpFile::RenderFeatures");
 }
 
 /// Zero words are no error of the data, but there is no buffer to give; what the end of the file
@@ -129,8 +110,7 @@ TEST(RecordAccessTest, TellsRecordsOfNoWordsFromRecordsThatAreNotThere) {
     OpenShapefile const beyond(ShapefileBuilder(1).Point(1, 2).IndexOffset(0x7FFFFFFF).Point(3, 4));
     EXPECT_EQ(beyond->Read(layer), 0);
     EXPECT_EQ(TextsOf(layer->GetFeatures()), (Texts{"none", "point[3 4]"}));
-    std::string const invalid =
-        "SHP-Reader: Record 0 is not valid: content is too short; geometry skipped.";
+    std::string const invalid = NotValid(0, "content is too short");
     EXPECT_EQ(log.TextsOf(LOG_WARNING), (Texts{invalid, Mismatch(10, 0), invalid}));
 }
 

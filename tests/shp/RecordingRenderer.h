@@ -18,41 +18,31 @@ public:
         y *= scale;
         return true;
     }
-    bool DrawPoint(Gdiplus::PointF const& point) const override {
-        return DrawPoints(&point, 1, "point");
-    }
+    bool DrawPoint(Gdiplus::PointF const& point) const override { return Note("point", &point, 1); }
     bool DrawPoints(Gdiplus::PointF const* points, int count) const override {
-        return DrawPoints(points, count, "points");
+        return Note("points", points, count);
     }
     bool DrawPolyline(Gdiplus::Point const* points, int count, int const* starts,
                       int partCount) const override {
-        return DrawParts("line", points, count, starts, partCount);
+        return Note("line", points, count, starts, partCount);
     }
     bool DrawPolygon(Gdiplus::Point const* points, int count, int const* starts,
                      int partCount) const override {
-        return DrawParts("polygon", points, count, starts, partCount);
+        return Note("polygon", points, count, starts, partCount);
     }
 
     mutable std::vector<std::string> calls;
 
 private:
-    bool DrawPoints(Gdiplus::PointF const* points, int count, char const* what) const {
+    template <class Point>
+    bool Note(char const* what, Point const* points, int count, int const* starts = nullptr,
+              int partCount = 0) const {
         std::ostringstream text;
         text << what;
         for (int i = 0; i < count; ++i) {
             text << ' ' << points[i].X << ',' << points[i].Y;
         }
-        calls.push_back(text.str());
-        return true;
-    }
-    bool DrawParts(char const* what, Gdiplus::Point const* points, int count, int const* starts,
-                   int partCount) const {
-        std::ostringstream text;
-        text << what;
-        for (int i = 0; i < count; ++i) {
-            text << ' ' << points[i].X << ',' << points[i].Y;
-        }
-        text << " from";
+        text << (starts ? " from" : "");
         for (int i = 0; i < partCount; ++i) {
             text << ' ' << starts[i];
         }

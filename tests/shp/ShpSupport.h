@@ -18,6 +18,16 @@
 
 namespace Ambrel::Test {
 
+using Texts = std::vector<std::string>;
+using Indexes = std::vector<std::uint64_t>;
+
+/// The line about a record whose geometry is skipped.
+inline std::string NotValid(std::uint32_t record, char const* reason) {
+    return BString::Format("SHP-Reader: Record %u is not valid: %s; geometry skipped.", record,
+                           reason)
+        .Ascii();
+}
+
 /// A shapefile on disk, opened for reading.
 class OpenShapefile {
 public:
@@ -33,6 +43,15 @@ public:
     BString path;
     BSharedPtr<BShpFile> file{new BShpFile};
 };
+
+/// Points 0 0, 1 1, and so on.
+inline ShapefileBuilder Diagonal(int count) {
+    ShapefileBuilder builder(1);
+    for (int i = 0; i < count; ++i) {
+        builder.Point(i, i);
+    }
+    return builder;
+}
 
 inline BSharedPtr<BVectorLayer> MakeLayer() {
     return BSharedPtr<BVectorLayer>(new BVectorLayer);
@@ -59,7 +78,5 @@ inline std::vector<std::string> TextsOf(BFeatureCollection const& features) {
     }
     return texts;
 }
-
-using Texts = std::vector<std::string>;
 
 } // namespace Ambrel::Test
