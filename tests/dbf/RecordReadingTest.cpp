@@ -11,14 +11,13 @@ namespace {
 using namespace std::string_literals;
 
 TEST(FieldConversion, ValuesFollowTheirTypesRules) {
-    struct Case {
+    struct {
         EVariantType type;
         std::string record;
         std::int32_t offset;
         std::int32_t width;
         std::string value;
-    };
-    Case const cases[] = {
+    } const cases[] = {
         {VAR_INTEGER, "*9**9", 2, 2, "integer 0"},
         {VAR_INTEGER, "*12\0 3"s, 1, 5, "integer 12"},
         {VAR_INTEGER64, "91234567890129", 1, 12, "long 123456789012"},
@@ -41,7 +40,7 @@ TEST(FieldConversion, ValuesFollowTheirTypesRules) {
         {VAR_STRING, " abc", 4, 1, "text "},
         {VAR_STRING, " abc", 5000, 1, "text "},
     };
-    for (Case const& each : cases) {
+    for (auto const& each : cases) {
         BAttribute attribute;
         BDbfFile::DbfField2Attribute(each.record, Field("name", each.type, each.width), each.offset,
                                      attribute);

@@ -47,18 +47,16 @@ TEST_F(TableOpening, TypesFollowLetterDecimalsAndWidth) {
 TEST_F(TableOpening, HeaderLengthSaysHowManyDescriptorsThereAre) {
     TableBuilder builder = TableBuilder().Field("ELEVENBYTES", 'C', 3).Field("", 'L', 1);
     builder.Row({"abc", "T"});
-    struct Case {
-        Bytes terminator;
-        bool isRegular;
-    };
-    for (Case const& each : {Case{{}, true}, Case{{0x0D}, true}, Case{{0x41}, true},
-                             Case{{0x0D, 0}, false}, Case{Bytes(31), false}}) {
+    for (auto const& [terminator, warnings] : {std::pair{Bytes(), 0U},
+                                               {Bytes{0x0D}, 0U},
+                                               {Bytes{0x41}, 0U},
+                                               {Bytes{0x0D, 0}, 1U},
+                                               {Bytes(31), 1U}}) {
         LogCapture const log;
-        Open(builder.Terminator(each.terminator));
+        Open(builder.Terminator(terminator));
         EXPECT_EQ(NamesOf(table->GetSchema()), (Texts{"ELEVENBYTES", ""}));
         EXPECT_EQ(Read(0), (Texts{"text abc", "true"}));
-        EXPECT_EQ(log.Count(LOG_WARNING, "DBF-File: Header length is not valid."),
-                  each.isRegular ? 0U : 1U);
+        EXPECT_EQ(log.Count(LOG_WARNING, "DBF-File: Header length is not valid."), warnings);
     }
 }
 
@@ -77,59 +75,49 @@ TEST_F(TableOpening, SchemaIsReadAgainAndHasTheDescriptorsThatTheFileHolds) {
 }
 
 TEST_F(TableOpening, BadHeadersAreRefused) {
-    struct Case {
-        TableBuilder builder;
-        char const* lengths;
-    };
-    Case const cases[] = {
+    std::pair<TableBuilder, char const*> const cases[] = {
         {TenRecords().RecordLength(0), "header length=65, record length=0"},
         {TenRecords().HeaderLength(31), "header length=31, record length=6"},
         {TenRecords().Cut(0), "header length=0, record length=0"},
         {TenRecords().Cut(31), "header length=65, record length=6"},
     };
     BString const message = BString::Format("%s is not a valid DBF file.", path.Ascii());
-    for (Case const& each : cases) {
+    for (auto const& [builder, lengths] : cases) {
         LogCapture const log;
-        EXPECT_BEXCEPTION(Open(each.builder, false), BFileContentNotValidException, openOperation,
+        EXPECT_BEXCEPTION(Open(builder, false), BFileContentNotValidException, openOperation,
                           message);
-        EXPECT_EQ(
-            log.TextsOf(LOG_FATAL),
-            Texts{std::string("DBF-Reader: Header contains invalid values, ") + each.lengths});
+        EXPECT_EQ(log.TextsOf(LOG_FATAL),
+                  Texts{std::string("DBF-Reader: Header contains invalid values, ") + lengths});
     }
     EXPECT_BEXCEPTION(table->GetAttributeRecordCount(), BNotOpenException,
                       "BDbfFile::GetAttributeRecordCount", NamingFile("File="));
 }
 
 TEST_F(TableOpening, SizeDecidesWhetherRecordsAreRead) {
-    struct Case {
-        TableBuilder builder;
-        bool isSound;
-    };
-    Case const cases[] = {
-        {TenRecords(), true},
-        {TenRecords().EndMark(false), true},
-        // The deletion flag is not counted.
-        {TenRecords().RecordLength(5), true},
-        {TenRecords().RecordLength(5).EndMark(false), true},
+    std::tuple<char const*, TableBuilder, bool> const cases[] = {
+        {"as stated", TenRecords(), true},
+        {"no end byte", TenRecords().EndMark(false), true},
+        {"deletion flag not counted", TenRecords().RecordLength(5), true},
+        {"neither", TenRecords().RecordLength(5).EndMark(false), true},
         // 10 + 2^31 records of six bytes are ten records more than 3 * 2^32 bytes.
-        {TenRecords().RecordCount(0x8000000A), true},
-        {TenRecords().Tail({0}), false},
-        {TenRecords().Cut(65 + 10 * 6 - 1), false},
-        {TenRecords().RecordCount(11), false},
+        {"size beyond 32 bits", TenRecords().RecordCount(0x8000000A), true},
+        {"a byte more", TenRecords().Tail({0}), false},
+        {"a byte less", TenRecords().Cut(65 + 10 * 6 - 1), false},
+        {"a record less", TenRecords().RecordCount(11), false},
     };
     Texts const refusal = {
         "DBF-Reader: DBF file is not valid.  File size does not match computed data size.",
         "DBF-Reader: Data records are missing or corrupt."};
     Texts mismatch = refusal;
     mismatch.emplace_back("DBF-Reader: Feature attributes contain default values.");
-    for (Case const& each : cases) {
-        SCOPED_TRACE(&each - cases);
+    for (auto const& [what, builder, isSound] : cases) {
+        SCOPED_TRACE(what);
         LogCapture log;
-        Open(each.builder, false);
-        EXPECT_EQ(Read(3), Texts{each.isSound ? "text row3" : "text "});
-        EXPECT_EQ(log.TextsOf(LOG_WARNING), each.isSound ? Texts() : mismatch);
+        Open(builder, false);
+        EXPECT_EQ(Read(3), Texts{isSound ? "text row3" : "text "});
+        EXPECT_EQ(log.TextsOf(LOG_WARNING), isSound ? Texts() : mismatch);
         log.Clear();
-        if (each.isSound) {
+        if (isSound) {
             EXPECT_NO_THROW(Reopen());
             continue;
         }

@@ -52,14 +52,13 @@ TEST(FieldFormatting, ValuesFollowTheirFieldsRules) {
     double const doubles[] = {1.5, 2.5};
     BString const texts[] = {"ab", "cd"};
     std::string const wide(300, 'x');
-    struct Case {
+    struct {
         BVariant value;
         EVariantType type;
         std::int32_t width;
         std::int32_t decimals;
         std::string text;
-    };
-    Case const cases[] = {
+    } const cases[] = {
         {42, VAR_INTEGER, 5, 0, "   42"},
         {123456, VAR_INTEGER, 4, 0, "1234"},
         {"12", VAR_INTEGER, 4, 0, "  12"},
@@ -94,7 +93,7 @@ TEST(FieldFormatting, ValuesFollowTheirFieldsRules) {
         {BVariant(texts, 2), VAR_STRING_LIST, 4, 0, "ab  "},
         {BVariant(texts, 0), VAR_STRING_LIST, 4, 0, "    "},
     };
-    for (Case const& each : cases) {
+    for (auto const& each : cases) {
         EXPECT_EQ(FieldText(each.value, Field("F", each.type, each.width, each.decimals)),
                   each.text)
             << "type " << each.type;
@@ -114,22 +113,17 @@ TEST(FieldFormatting, DoublesAreTheLibrarysToTheLastDigit) {
 }
 
 TEST(FieldFormatting, WhatCanNotBeWrittenIsRefused) {
-    struct Case {
-        EVariantType type;
-        std::int32_t width;
-        char const* operation;
-        char const* message;
-    };
-    constexpr char build[] = "BDbfFile::Attributes2DbfRecord";
-    constexpr char copy[] = "BDbfFile::CopyAttrData";
-    for (Case const& each : {Case{VAR_NONE, 1, build, "Type=0"},
-                             {EVariantType(14), 1, build, "Type=14"},
-                             {VAR_INTEGER, 0, copy, "Writing data, Width=0"},
-                             {VAR_STRING, 0, copy, "Writing data, Width=0"},
-                             {VAR_DATE, -1, copy, "Writing data, Width=-1"},
-                             {VAR_INTEGER, 5, build, "Field=F, beyond the record"}}) {
-        EXPECT_BEXCEPTION(FieldText(1, Field("F", each.type, each.width), 5),
-                          BAttributeDataException, each.operation, each.message);
+    char const* const build = "BDbfFile::Attributes2DbfRecord";
+    char const* const copy = "BDbfFile::CopyAttrData";
+    for (auto const& [type, width, operation, message] :
+         {std::tuple{VAR_NONE, 1, build, "Type=0"},
+          {EVariantType(14), 1, build, "Type=14"},
+          {VAR_INTEGER, 0, copy, "Writing data, Width=0"},
+          {VAR_STRING, 0, copy, "Writing data, Width=0"},
+          {VAR_DATE, -1, copy, "Writing data, Width=-1"},
+          {VAR_INTEGER, 5, build, "Field=F, beyond the record"}}) {
+        EXPECT_BEXCEPTION(FieldText(1, Field("F", type, width), 5), BAttributeDataException,
+                          operation, message);
     }
     char record[4];
     EXPECT_BEXCEPTION(BDbfFile::Attributes2DbfRecord(record, 4, Attributes(1), BAttributeDefs()),

@@ -171,17 +171,13 @@ TEST(DecodingTest, RingsBecomeShellsAndHolesInTheirOrder) {
 }
 
 TEST(DecodingTest, UnsupportedTypesThrow) {
-    struct TypeCase {
-        std::uint32_t type;
-        char const* message;
-    };
-    for (TypeCase const& c : {TypeCase{31, "Multipatch geometry is not supported."},
-                              {2, "Unsupported geometry encountered (2)."},
-                              {32, "Unsupported geometry encountered (32)."},
-                              {-1U, "Unsupported geometry encountered (-1)."}}) {
-        OpenShapefile const file(ShapefileBuilder(1).Raw(ByteList().Little32(c.type)));
+    for (auto const& [type, message] : {std::pair{31U, "Multipatch geometry is not supported."},
+                                        {2U, "Unsupported geometry encountered (2)."},
+                                        {32U, "Unsupported geometry encountered (32)."},
+                                        {-1U, "Unsupported geometry encountered (-1)."}}) {
+        OpenShapefile const file(ShapefileBuilder(1).Raw(ByteList().Little32(type)));
         EXPECT_BEXCEPTION(file->ReadFeature(0, true), BUnknownGeometryException, "BShpFile::Read",
-                          c.message);
+                          message);
     }
 }
 
@@ -204,15 +200,14 @@ TEST(DecodingTest, CompletesEveryFeature) {
 }
 
 TEST(DecodingTest, TakesZFromAnAttribute) {
-    struct ZCase {
-        ShapefileBuilder builder;
-        char const* attribute;
-        char const* geometry;
-    };
     Texts const notTaken = {
         "SHP-Reader: Record 0: the value of text is not a number; Z unchanged."};
     Parts const line = {{{1, 2}, {3, 4}}};
-    ZCase const cases[] = {
+    struct {
+        ShapefileBuilder builder;
+        char const* attribute;
+        char const* geometry;
+    } cases[] = {
         {ShapefileBuilder(11).Point(1, 2, 3), "h", "point Z[1 2 12.5]"},
         {ShapefileBuilder(8).MultiPoint(line[0]), "h",
          "points Z{point Z[1 2 12.5] point Z[3 4 12.5]}"},
@@ -222,7 +217,7 @@ TEST(DecodingTest, TakesZFromAnAttribute) {
         {ShapefileBuilder(1).Null(), "h", "none"},
         {ShapefileBuilder(1).Point(1, 2), "text", "point[1 2]"},
     };
-    for (ZCase c : cases) {
+    for (auto& c : cases) {
         c.builder.Field("h", 'N', 6, 1).Field("text", 'C', 4).Row({"12.5"});
         OpenShapefile const file(c.builder, true, c.attribute);
         LogCapture const log;

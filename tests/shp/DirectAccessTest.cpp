@@ -18,23 +18,19 @@ TEST(DirectAccessTest, SelectsWhatMeetsTheArea) {
     builder.Raw(ByteList().Little32(31).Fill(40)).Point(2, 3).Point(2.0001, 1);     // 6 to 8
     OpenShapefile const file(builder);
     BParamList const none;
-    struct AreaCase {
-        BRect area;
-        Indexes expected;
-    };
-    AreaCase const cases[] = {
+    std::pair<BRect, Indexes> const cases[] = {
         {BRect(0, 0, 2, 3), {0, 3, 7}}, // 7 on the corner, 8 just outside
         {BRect(5, 0, 5, 0), {3}},       {BRect(-9, -9, 99, 99), {0, 2, 3, 7, 8}}, {BRect(), {}},
         {BRect(20, 20, 30, 30), {}},
     };
-    for (AreaCase const& c : cases) {
-        SCOPED_TRACE(TextOf(c.area));
+    for (auto const& [area, found] : cases) {
+        SCOPED_TRACE(TextOf(area));
         Indexes result = {7, 7};
-        file->SelectFeatures(c.area, none, result);
+        file->SelectFeatures(area, none, result);
         Indexes expected = {7, 7};
-        expected.insert(expected.end(), c.expected.begin(), c.expected.end());
+        expected.insert(expected.end(), found.begin(), found.end());
         EXPECT_EQ(result, expected);
-        EXPECT_EQ(file->HasFeaturesInArea(c.area, none), !c.expected.empty());
+        EXPECT_EQ(file->HasFeaturesInArea(area, none), !found.empty());
     }
 }
 
@@ -59,28 +55,6 @@ TEST(DirectAccessTest, SelectsInLongFilesWhateverTheirOrder) {
     file->RenderFeatures(backwards, &renderer);
     EXPECT_EQ(renderer.calls.at(1), "line 2499,0 2499,0 from 0");
     EXPECT_EQ(renderer.calls.size(), expected.size());
-}
-
-TEST(DirectAccessTest, CountsByShapeType) {
-    struct CountCase {
-        std::int32_t type;
-        EGeometryClass geometryClass;
-        EGeometryType geometryType;
-        std::uint64_t count;
-    };
-    for (CountCase const& c : {CountCase{21, GEO_CLASS_POINTS, GEO_POINT, 2},
-                               {3, GEO_CLASS_LINES, GEO_POLYLINE, 2},
-                               {15, GEO_CLASS_AREAS, GEO_POLYGON, 2},
-                               {8, GEO_CLASS_MULTIPOINTS, GEO_AGGREGATE_POINT, 2},
-                               {31, GEO_CLASS_NONE, GEO_NONE, 0}}) {
-        OpenShapefile file(ShapefileBuilder(c.type).Null().Null().ZRange(1, 2).Extent(1, 2, 3, 4));
-        BShpFeatureCollection collection(file.file);
-        EXPECT_TRUE(collection.CanRender() && collection.CanSelect());
-        EXPECT_EQ(collection.GetGeometryCounts().GetGeometryClassCount(c.geometryClass), c.count);
-        EXPECT_EQ(collection.GetGeometryCounts().GetGeometryTypeCount(c.geometryType), c.count);
-        EXPECT_EQ(collection.ComputeMBB().zMax, c.type == 15 ? 2 : BBox().zMax);
-        EXPECT_EQ(TextOf(static_cast<BRect const&>(collection.ComputeMBB())), "1 2 3 4");
-    }
 }
 
 TEST(DirectAccessTest, KeepsTheFileOpenThroughCopies) {

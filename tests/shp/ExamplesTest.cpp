@@ -25,15 +25,14 @@ BSharedPtr<BFeature> Find(std::string const& file, char const* name) {
 
 /// Easternmost longitude and northernmost latitude in degrees.
 TEST(ExamplesTest, FeaturesLieWhereTheyAre) {
-    struct Place {
+    struct {
         char const* file;
         char const* name;
         EGeometryType type;
         double east;
         double north;
         double tolerance;
-    };
-    Place const places[] = {
+    } const places[] = {
         {"cities", "Paris", GEO_POINT, 2.35, 48.86, 0.1},
         {"cities", "Tokyo", GEO_POINT, 139.75, 35.69, 0.1},
         {"cities", "Nairobi", GEO_POINT, 36.82, -1.28, 0.1},
@@ -42,7 +41,7 @@ TEST(ExamplesTest, FeaturesLieWhereTheyAre) {
         {"countries", "Switzerland", GEO_POLYGON, 10.5, 47.8, 0.5},
         {"rivers", "Amazon", GEO_POLYLINE, -50.5, 0, 3},
     };
-    for (Place const& place : places) {
+    for (auto const& place : places) {
         SCOPED_TRACE(place.name);
         BSharedPtr<BFeature> const feature = Find(place.file, place.name);
         EXPECT_EQ(feature->GetGeometry()->type, place.type);

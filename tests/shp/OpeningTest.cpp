@@ -1,3 +1,4 @@
+#include "ShpReader/BShpFeatureCollection.h"
 #include "ShpSupport.h"
 
 #include <QFile>
@@ -10,36 +11,54 @@ namespace {
 
 constexpr double notANumber = std::numeric_limits<double>::quiet_NaN();
 
-TEST(OpeningTest, TakesZAndMeasuresFromTheHeader) {
-    struct HeaderCase {
+TEST(OpeningTest, LayersAndCollectionsFollowTheHeader) {
+    std::string const none = "ShpHasMeasures=false";
+    std::string const some = "ShpHasMeasures=true ";
+    std::string const z = "ShpMinZCoord=-3 ShpMaxZCoord=7 ";
+    struct {
         char const* what;
         std::int32_t type;
         double mMin;
         double mMax;
-        bool hasZ;
-        bool hasMeasures;
+        EGeometryClass geometryClass;
+        EGeometryType geometryType;
+        std::string metadata;
+    } const cases[] = {
+        {"null shapes", 0, 1, 2, GEO_CLASS_NONE, GEO_NONE, none},
+        {"type without either", 1, 1, 2, GEO_CLASS_POINTS, GEO_POINT, none},
+        {"range of zeros", 15, 0, 0, GEO_CLASS_AREAS, GEO_POLYGON, z + none},
+        {"no data below", 23, -1e39, 5, GEO_CLASS_LINES, GEO_POLYLINE, none},
+        {"no data above", 13, 0, -1.1e38, GEO_CLASS_LINES, GEO_POLYLINE, z + none},
+        {"no data's bound itself", 28, -1e38, 5, GEO_CLASS_MULTIPOINTS, GEO_AGGREGATE_POINT,
+         some + "ShpMinMeasure=-1e+38 ShpMaxMeasure=5"},
+        {"NaN counts as a bound", 18, notANumber, 0, GEO_CLASS_MULTIPOINTS, GEO_AGGREGATE_POINT,
+         z + some + "ShpMinMeasure=nan ShpMaxMeasure=0"},
+        {"multipatch", 31, 1, 2, GEO_CLASS_NONE, GEO_NONE, none},
     };
-    HeaderCase const cases[] = {
-        {"type without either", 1, 1, 2, false, false},
-        {"range of zeros", 15, 0, 0, true, false},
-        {"no data below", 23, -1e39, 5, false, false},
-        {"no data above", 13, 0, -1.1e38, true, false},
-        {"no data's bound itself", 28, -1e38, 5, false, true},
-        {"usable", 23, 0, 5, false, true},
-        {"NaN counts as a bound", 18, notANumber, 0, true, true},
-        {"multipatch", 31, 1, 2, false, false},
-    };
-    for (HeaderCase const& c : cases) {
+    for (auto const& c : cases) {
         SCOPED_TRACE(c.what);
-        OpenShapefile const file(
-            ShapefileBuilder(c.type).ZRange(-3, 7).MRange(c.mMin, c.mMax).Extent(1, 2, 3, 4));
-        EXPECT_EQ(file->HasZ(), c.hasZ);
-        EXPECT_EQ(file->HasMeasures(), c.hasMeasures);
-        EXPECT_EQ(file->GetMinZ(), c.hasZ ? -3 : std::numeric_limits<double>::max());
-        EXPECT_EQ(file->GetMBB().zMax, c.hasZ ? 7 : BBox().zMax);
-        EXPECT_EQ(file->GetMaxMeasure(),
-                  c.hasMeasures ? c.mMax : std::numeric_limits<double>::lowest());
-        EXPECT_EQ(TextOf(static_cast<BRect const&>(file->GetExtent())), "1 2 3 4");
+        OpenShapefile file(ShapefileBuilder(c.type)
+                               .Null()
+                               .Null()
+                               .Extent(1, 2, 3, 4)
+                               .ZRange(-3, 7)
+                               .MRange(c.mMin, c.mMax));
+        BSharedPtr<BVectorLayer> layer = MakeLayer();
+        file->SetUpLayer(layer);
+        EXPECT_TRUE(file->HasIndexInMemory());
+        EXPECT_EQ(layer->GetSingleGeometryClass(), c.geometryClass);
+        EXPECT_EQ(TextOf(layer->GetMetadata()), c.metadata);
+        EXPECT_EQ(layer->GetSchema().GetCount(), 1U);
+        bool const hasZ = c.type / 10 == 1;
+        EXPECT_EQ(layer->Is3d(), hasZ);
+
+        BShpFeatureCollection collection(file.file);
+        EXPECT_TRUE(collection.CanRender() && collection.CanSelect());
+        std::uint64_t const count = c.geometryType == GEO_NONE ? 0 : 2;
+        EXPECT_EQ(collection.GetGeometryCounts().GetGeometryClassCount(c.geometryClass), count);
+        EXPECT_EQ(collection.GetGeometryCounts().GetGeometryTypeCount(c.geometryType), count);
+        EXPECT_EQ(collection.ComputeMBB().zMax, hasZ ? 7 : BBox().zMax);
+        EXPECT_EQ(TextOf(static_cast<BRect const&>(collection.ComputeMBB())), "1 2 3 4");
     }
 }
 
@@ -48,18 +67,6 @@ TEST(OpeningTest, CountsRecordsByTheSizeOfTheIndex) {
         OpenShapefile const file(Diagonal(1).FileLength(0).CutIndex(size));
         EXPECT_EQ(file->GetRecordCount(), count) << size;
     }
-}
-
-TEST(OpeningTest, NeverLooksAtTheHeaderOfTheIndex) {
-    TemporaryFolder const folder;
-    BString const path = Diagonal(1).WriteTo(folder, "a");
-    Bytes index = ReadFile(folder.Path() / "a.shx");
-    std::fill_n(index.begin(), 100, std::uint8_t{0xEE});
-    WriteFile(folder.Path() / "a.shx", index);
-    BShpFile file;
-    file.Open(path, BShpFile::readMode, true, "");
-    file.LoadIndex();
-    EXPECT_EQ(TextOf(*file.ReadFeature(0, true)), "point[0 0]");
 }
 
 /// The checks run in a fixed order, so each broken file is reported for its first fault.
@@ -79,15 +86,11 @@ TEST(OpeningTest, RefusesWithTheFileAtFault) {
     ShapefileBuilder const withoutTable = ShapefileBuilder(1).WithoutTable();
     ShapefileBuilder(withoutTable).WithoutIndex().WriteTo(folder, "none");
     withoutTable.WriteTo(folder, "table");
-    struct Missing {
-        char const* opened;
-        char const* missing;
-    };
-    for (Missing const& c : {Missing{"nothing.shp", "nothing.shp"},
-                             {"none.shp", "none.shx"},
-                             {"table.shp", "table.dbf"}}) {
-        EXPECT_BEXCEPTION(open(folder.File(c.opened)), BFileNotFoundException, "BShpFile::Open",
-                          folder.File(c.missing));
+    for (auto const& [opened, missing] : {std::pair{"nothing.shp", "nothing.shp"},
+                                          {"none.shp", "none.shx"},
+                                          {"table.shp", "table.dbf"}}) {
+        EXPECT_BEXCEPTION(open(folder.File(opened)), BFileNotFoundException, "BShpFile::Open",
+                          folder.File(missing));
     }
 }
 
@@ -163,33 +166,6 @@ TEST(OpeningTest, OperationsNeedAFileThatIsOpenInTheirMode) {
     refuse("BShpFile::WriteNullShape", [&] { read->WriteFeature(feature); });
     refuse("BShpFile::WriteHeader", [&] { read->WriteHeader(handle); });
     refuse("BShpFile::WriteHeader", [&] { read->FinishHeader(handle); });
-}
-
-TEST(OpeningTest, SetsUpLayersByShapeType) {
-    struct LayerCase {
-        std::int32_t type;
-        EGeometryClass geometryClass;
-        char const* metadata;
-    };
-    LayerCase const cases[] = {
-        {0, GEO_CLASS_NONE, "ShpHasMeasures=false"},
-        {1, GEO_CLASS_POINTS, "ShpHasMeasures=false"},
-        {8, GEO_CLASS_MULTIPOINTS, "ShpHasMeasures=false"},
-        {13, GEO_CLASS_LINES,
-         "ShpMinZCoord=1 ShpMaxZCoord=2 ShpHasMeasures=true ShpMinMeasure=3 ShpMaxMeasure=4"},
-        {25, GEO_CLASS_AREAS, "ShpHasMeasures=true ShpMinMeasure=3 ShpMaxMeasure=4"},
-        {31, GEO_CLASS_NONE, "ShpHasMeasures=false"},
-    };
-    for (LayerCase const& c : cases) {
-        OpenShapefile const file(ShapefileBuilder(c.type).ZRange(1, 2).MRange(3, 4));
-        BSharedPtr<BVectorLayer> layer = MakeLayer();
-        file->SetUpLayer(layer);
-        EXPECT_EQ(layer->GetSingleGeometryClass(), c.geometryClass) << c.type;
-        EXPECT_EQ(TextOf(layer->GetMetadata()), c.metadata);
-        EXPECT_EQ(layer->Is3d(), c.type == 13);
-        EXPECT_EQ(layer->GetSchema().GetCount(), 1U);
-        EXPECT_TRUE(file->HasIndexInMemory());
-    }
 }
 
 } // namespace
