@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include <bit>
+#include <cmath>
 #include <cstdint>
 #include <cstdio>
 #include <memory>
@@ -24,7 +25,7 @@ inline std::string TextOf(BVariant const& value) {
     double const number = value.GetValueAsDouble(0);
     char real[32];
     std::snprintf(real, sizeof real, "real %a", number);
-    if (number != number) {
+    if (std::isnan(number)) {
         std::snprintf(real, sizeof real, "real %#jx", std::bit_cast<std::uintmax_t>(number));
     }
     std::string const text = value.GetValueAsString("").Ascii();

@@ -40,13 +40,6 @@ std::string FieldText(BVariant const& value, BAttributeDef const& field) {
     return FieldText(value, field, static_cast<std::uint16_t>(1 + field.width));
 }
 
-template <class T>
-BVariant Unsigned(T value) {
-    BVariant variant;
-    variant.SetValue(value);
-    return variant;
-}
-
 TEST(FieldFormatting, ValuesFollowTheirFieldsRules) {
     std::int32_t const integers[] = {7, 8};
     double const doubles[] = {1.5, 2.5};
@@ -67,9 +60,9 @@ TEST(FieldFormatting, ValuesFollowTheirFieldsRules) {
         {200, VAR_UNSIGNED_BYTE, 4, 0, " 200"},
         {-300, VAR_SHORT, 5, 0, " -300"},
         {65535, VAR_UNSIGNED_SHORT, 5, 0, "65535"},
-        {Unsigned(4294967295U), VAR_UNSIGNED_INTEGER, 3, 0, " -1"},
+        {4294967295.0, VAR_UNSIGNED_INTEGER, 3, 0, " -1"},
         {std::int64_t{-9000000000}, VAR_INTEGER64, 12, 0, " -9000000000"},
-        {Unsigned(~std::uint64_t{0}), VAR_UNSIGNED_INTEGER64, 3, 0, " -1"},
+        {"18446744073709551615", VAR_UNSIGNED_INTEGER64, 3, 0, " -1"},
         {3.14159, VAR_DOUBLE, 8, 2, "    3.14"},
         {-0.5, VAR_DOUBLE, 4, 0, "  -0"},
         {2.5, VAR_DOUBLE, 9, -1, " 2.500000"},
