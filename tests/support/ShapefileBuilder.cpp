@@ -40,21 +40,6 @@ void ShapefileBuilder::Range::Fix(double newMin, double newMax) {
     max = newMax;
 }
 
-ShapefileBuilder& ShapefileBuilder::FileCode(std::int32_t value) {
-    fileCode = value;
-    return *this;
-}
-
-ShapefileBuilder& ShapefileBuilder::Version(std::int32_t value) {
-    version = value;
-    return *this;
-}
-
-ShapefileBuilder& ShapefileBuilder::FileLength(std::int32_t words) {
-    fileLength = words;
-    return *this;
-}
-
 ShapefileBuilder& ShapefileBuilder::Extent(double xMin, double yMin, double xMax, double yMax) {
     x.Fix(xMin, xMax);
     y.Fix(yMin, yMax);
@@ -195,26 +180,6 @@ ShapefileBuilder& ShapefileBuilder::Junk(Bytes const& bytes) {
     return *this;
 }
 
-ShapefileBuilder& ShapefileBuilder::RecordNumber(std::uint32_t value) {
-    records.back().number = value;
-    return *this;
-}
-
-ShapefileBuilder& ShapefileBuilder::ContentLength(std::uint32_t words) {
-    records.back().contentWords = words;
-    return *this;
-}
-
-ShapefileBuilder& ShapefileBuilder::IndexOffset(std::int32_t words) {
-    records.back().indexOffset = words;
-    return *this;
-}
-
-ShapefileBuilder& ShapefileBuilder::IndexLength(std::int32_t words) {
-    records.back().indexWords = words;
-    return *this;
-}
-
 ShapefileBuilder& ShapefileBuilder::Patch(std::size_t offset, Bytes const& bytes) {
     Bytes& content = records.back().content;
     if (offset + bytes.size() > content.size()) {
@@ -234,16 +199,6 @@ ShapefileBuilder& ShapefileBuilder::IndexEntry(std::int32_t offsetWords, std::in
     return *this;
 }
 
-ShapefileBuilder& ShapefileBuilder::CutMainFile(std::size_t size) {
-    mainFileSize = size;
-    return *this;
-}
-
-ShapefileBuilder& ShapefileBuilder::CutIndex(std::size_t size) {
-    indexSize = size;
-    return *this;
-}
-
 ShapefileBuilder& ShapefileBuilder::Field(std::string const& name, char letter, std::uint8_t width,
                                           std::uint8_t decimals) {
     table.Field(name, letter, width, decimals);
@@ -259,26 +214,6 @@ ShapefileBuilder& ShapefileBuilder::Row(std::vector<std::string> const& cells) {
 ShapefileBuilder& ShapefileBuilder::Table(TableBuilder const& newTable) {
     table = newTable;
     hasOwnTable = true;
-    return *this;
-}
-
-ShapefileBuilder& ShapefileBuilder::Prj(std::string const& text) {
-    prj = text;
-    return *this;
-}
-
-ShapefileBuilder& ShapefileBuilder::Cpg(std::string const& text) {
-    cpg = text;
-    return *this;
-}
-
-ShapefileBuilder& ShapefileBuilder::WithoutIndex() {
-    hasIndex = false;
-    return *this;
-}
-
-ShapefileBuilder& ShapefileBuilder::WithoutTable() {
-    hasTable = false;
     return *this;
 }
 

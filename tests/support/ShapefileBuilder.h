@@ -37,9 +37,9 @@ public:
     explicit ShapefileBuilder(std::int32_t shapeType) : shapeType(shapeType) {}
 
     /// The main file's header in place of what follows from the records.
-    ShapefileBuilder& FileCode(std::int32_t value);
-    ShapefileBuilder& Version(std::int32_t value);
-    ShapefileBuilder& FileLength(std::int32_t words);
+    ShapefileBuilder& FileCode(std::int32_t value) { return Set(fileCode, value); }
+    ShapefileBuilder& Version(std::int32_t value) { return Set(version, value); }
+    ShapefileBuilder& FileLength(std::int32_t words) { return Set(fileLength, words); }
     ShapefileBuilder& Extent(double xMin, double yMin, double xMax, double yMax);
     ShapefileBuilder& ZRange(double min, double max);
     ShapefileBuilder& MRange(double min, double max);
@@ -60,10 +60,18 @@ public:
 
     /// The last record in place of what follows from its content. Lengths and offsets are given
     /// in 16-bit words.
-    ShapefileBuilder& RecordNumber(std::uint32_t value);
-    ShapefileBuilder& ContentLength(std::uint32_t words);
-    ShapefileBuilder& IndexOffset(std::int32_t words);
-    ShapefileBuilder& IndexLength(std::int32_t words);
+    ShapefileBuilder& RecordNumber(std::uint32_t value) {
+        return Set(records.back().number, value);
+    }
+    ShapefileBuilder& ContentLength(std::uint32_t words) {
+        return Set(records.back().contentWords, words);
+    }
+    ShapefileBuilder& IndexOffset(std::int32_t words) {
+        return Set(records.back().indexOffset, words);
+    }
+    ShapefileBuilder& IndexLength(std::int32_t words) {
+        return Set(records.back().indexWords, words);
+    }
     /// Puts bytes over those at an offset of the record's content.
     ShapefileBuilder& Patch(std::size_t offset, Bytes const& bytes);
     /// Keeps the first `size` bytes of the record's content; its lengths follow.
@@ -72,18 +80,18 @@ public:
     /// An index entry behind those of the records.
     ShapefileBuilder& IndexEntry(std::int32_t offsetWords, std::int32_t lengthWords);
     /// Keeps the first `size` bytes of the file; nothing else follows.
-    ShapefileBuilder& CutMainFile(std::size_t size);
-    ShapefileBuilder& CutIndex(std::size_t size);
+    ShapefileBuilder& CutMainFile(std::size_t size) { return Set(mainFileSize, size); }
+    ShapefileBuilder& CutIndex(std::size_t size) { return Set(indexSize, size); }
 
     ShapefileBuilder& Field(std::string const& name, char letter, std::uint8_t width,
                             std::uint8_t decimals = 0);
     ShapefileBuilder& Row(std::vector<std::string> const& cells);
     /// The whole table, where it needs more than fields and rows.
     ShapefileBuilder& Table(TableBuilder const& newTable);
-    ShapefileBuilder& Prj(std::string const& text);
-    ShapefileBuilder& Cpg(std::string const& text);
-    ShapefileBuilder& WithoutIndex();
-    ShapefileBuilder& WithoutTable();
+    ShapefileBuilder& Prj(std::string const& text) { return Set(prj, text); }
+    ShapefileBuilder& Cpg(std::string const& text) { return Set(cpg, text); }
+    ShapefileBuilder& WithoutIndex() { return Set(hasIndex, false); }
+    ShapefileBuilder& WithoutTable() { return Set(hasTable, false); }
 
     std::size_t RecordCount() const { return records.size(); }
     /// The content of a record, as it stands behind the record's header.
@@ -95,6 +103,11 @@ public:
     BString WriteTo(std::filesystem::path const& folder, std::string const& baseName) const;
 
 private:
+    template <class Member, class Value>
+    ShapefileBuilder& Set(Member& member, Value const& value) {
+        member = value;
+        return *this;
+    }
     struct Record {
         Bytes junkBefore;
         Bytes content;

@@ -47,56 +47,6 @@ TableBuilder& TableBuilder::RawRow(Bytes const& bytes) {
     return *this;
 }
 
-TableBuilder& TableBuilder::DeletionFlag(char flag) {
-    rows.back().front() = static_cast<std::uint8_t>(flag);
-    return *this;
-}
-
-TableBuilder& TableBuilder::Version(std::uint8_t value) {
-    version = value;
-    return *this;
-}
-
-TableBuilder& TableBuilder::Language(std::uint8_t value) {
-    language = value;
-    return *this;
-}
-
-TableBuilder& TableBuilder::RecordCount(std::uint32_t value) {
-    recordCount = value;
-    return *this;
-}
-
-TableBuilder& TableBuilder::HeaderLength(std::uint16_t value) {
-    headerLength = value;
-    return *this;
-}
-
-TableBuilder& TableBuilder::RecordLength(std::uint16_t value) {
-    recordLength = value;
-    return *this;
-}
-
-TableBuilder& TableBuilder::Terminator(Bytes const& bytes) {
-    terminator = bytes;
-    return *this;
-}
-
-TableBuilder& TableBuilder::EndMark(bool isThere) {
-    hasEndMark = isThere;
-    return *this;
-}
-
-TableBuilder& TableBuilder::Tail(Bytes const& bytes) {
-    tail = bytes;
-    return *this;
-}
-
-TableBuilder& TableBuilder::Cut(std::size_t size) {
-    keptSize = size;
-    return *this;
-}
-
 Bytes TableBuilder::Header() const {
     std::size_t const trueHeaderLength = 32 + 32 * fields.size() + terminator.size();
     std::uint16_t trueRecordLength = 1;

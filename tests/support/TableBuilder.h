@@ -23,30 +23,37 @@ public:
     /// A row as it stands in the file, deletion flag included.
     TableBuilder& RawRow(Bytes const& bytes);
     /// Sets the deletion flag of the last row.
-    TableBuilder& DeletionFlag(char flag);
+    TableBuilder& DeletionFlag(char flag) {
+        return Set(rows.back().front(), static_cast<std::uint8_t>(flag));
+    }
 
-    TableBuilder& Version(std::uint8_t value);
+    TableBuilder& Version(std::uint8_t value) { return Set(version, value); }
     /// The language byte, at offset 29 of the header.
-    TableBuilder& Language(std::uint8_t value);
+    TableBuilder& Language(std::uint8_t value) { return Set(language, value); }
     /// The values that the header states, in place of the true ones.
-    TableBuilder& RecordCount(std::uint32_t value);
-    TableBuilder& HeaderLength(std::uint16_t value);
-    TableBuilder& RecordLength(std::uint16_t value);
+    TableBuilder& RecordCount(std::uint32_t value) { return Set(recordCount, value); }
+    TableBuilder& HeaderLength(std::uint16_t value) { return Set(headerLength, value); }
+    TableBuilder& RecordLength(std::uint16_t value) { return Set(recordLength, value); }
     /// What stands between the last descriptor and the first row, in place of one 0x0D; the header
     /// length follows it.
-    TableBuilder& Terminator(Bytes const& bytes);
+    TableBuilder& Terminator(Bytes const& bytes) { return Set(terminator, bytes); }
     /// Whether 0x1A ends the file, true at first.
-    TableBuilder& EndMark(bool isThere);
+    TableBuilder& EndMark(bool isThere) { return Set(hasEndMark, isThere); }
     /// What stands behind it all.
-    TableBuilder& Tail(Bytes const& bytes);
+    TableBuilder& Tail(Bytes const& bytes) { return Set(tail, bytes); }
     /// Keeps the first `size` bytes of the file.
-    TableBuilder& Cut(std::size_t size);
+    TableBuilder& Cut(std::size_t size) { return Set(keptSize, size); }
 
     std::size_t FieldCount() const { return fields.size(); }
     Bytes Build() const;
     void WriteTo(std::filesystem::path const& path) const;
 
 private:
+    template <class Member, class Value>
+    TableBuilder& Set(Member& member, Value const& value) {
+        member = value;
+        return *this;
+    }
     struct FieldDescriptor {
         std::string name;
         char letter;
