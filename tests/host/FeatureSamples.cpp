@@ -1,6 +1,6 @@
 #include "FeatureSamples.h"
 
-#include <cstdio>
+#include "GeometryText.h"
 
 namespace Ambrel::Test {
 
@@ -70,74 +70,14 @@ std::vector<BVariant> Values() {
             BVariant(BString())};
 }
 
-void Append(std::string& text, double number) {
-    char buffer[40];
-    std::snprintf(buffer, sizeof buffer, "%a ", number);
-    text += buffer;
-}
-
-void Append(std::string& text, BPoint const& point) {
-    Append(text, point.X);
-    Append(text, point.Y);
-    Append(text, point.Z);
-}
-
-void Append(std::string& text, BGeometry const* geometry);
-
-template <class T>
-void AppendVertices(std::string& text, BGeometry const& geometry) {
-    for (BPoint const& point : static_cast<T const&>(geometry).GetPoints()) {
-        Append(text, point);
-    }
-}
-
-template <class T>
-void AppendMembers(std::string& text, BGeometry const& geometry) {
-    T const& aggregate = static_cast<T const&>(geometry);
-    for (std::uint64_t i = 0; i < aggregate.GetCount(); ++i) {
-        Append(text, aggregate.GetGeometryAt(i).Get());
-    }
-}
-
-void AppendDonut(std::string& text, BDonut const& donut) {
-    Append(text, donut.GetShell().Get());
-    for (std::uint64_t i = 0; i < donut.GetHoleCount(); ++i) {
-        Append(text, donut.GetHoleAt(i).Get());
-    }
-}
-
-void Append(std::string& text, BGeometry const* geometry) {
-    if (!geometry) {
-        text += "none";
-        return;
-    }
-    text += std::to_string(geometry->type) + (geometry->is3d ? " 3D(" : " (");
-    switch (geometry->type) {
-    case GEO_POINT: Append(text, static_cast<BPointGeo const*>(geometry)->GetPoint()); break;
-    case GEO_POLYLINE: AppendVertices<BPolyline>(text, *geometry); break;
-    case GEO_POLYGON: AppendVertices<BPolygon>(text, *geometry); break;
-    case GEO_DONUT: AppendDonut(text, *static_cast<BDonut const*>(geometry)); break;
-    case GEO_AGGREGATE_POINT: AppendMembers<BAggregatePoint>(text, *geometry); break;
-    case GEO_AGGREGATE_LINEAR: AppendMembers<BAggregateLinear>(text, *geometry); break;
-    case GEO_AGGREGATE_AREA: AppendMembers<BAggregateArea>(text, *geometry); break;
-    default: text += "unknown";
-    }
-    text += ")";
-}
-
 void Append(std::string& text, BString const& name, BVariant const& value) {
     text += std::string(" ") + name.Ascii() + ":" + std::to_string(value.GetType()) + "=";
     if (value.IsNull()) {
         text += "null";
-    } else if (value.GetType() == VAR_DOUBLE) {
-        Append(text, value.GetValueAsDouble());
     } else {
         text += value.GetValueAsString("-").Ascii();
     }
-    for (double number : value.GetValueAsDoubleList({})) {
-        Append(text, number);
-    }
-    for (std::int32_t number : value.GetValueAsIntegerList({})) {
+    for (double number : value.GetValueAsDoubleList({})) { // of integer lists too
         text += std::to_string(number) + " ";
     }
     for (BString const& item : value.GetValueAsStringList({})) {
@@ -181,8 +121,7 @@ std::vector<BSharedPtr<BFeature>> FeaturesOfAllKinds() {
 }
 
 std::string Describe(BFeature const& feature) {
-    std::string text;
-    Append(text, feature.GetGeometry().Get());
+    std::string text = TextOf(feature);
     for (std::uint64_t i = 0; i < feature.attributes.GetCount(); ++i) {
         BAttribute const& attribute = feature.attributes.GetAt(i);
         Append(text, attribute.GetName(), attribute.GetValue());

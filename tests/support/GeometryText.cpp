@@ -1,18 +1,21 @@
 #include "GeometryText.h"
 
+#include <charconv>
+#include <iterator>
 #include <sstream>
 
 namespace Ambrel::Test {
 
 namespace {
 
+std::string TextOf(double number) {
+    char text[40];
+    return std::string(text, std::to_chars(std::begin(text), std::end(text), number).ptr);
+}
+
 std::string TextOf(BPoint const& point) {
-    std::ostringstream text;
-    text << point.X << ' ' << point.Y;
-    if (point.Z != 0) {
-        text << ' ' << point.Z;
-    }
-    return text.str();
+    std::string const text = TextOf(point.X) + " " + TextOf(point.Y);
+    return point.Z == 0 ? text : text + " " + TextOf(point.Z);
 }
 
 std::string TextOf(BPoints const& points) {
