@@ -5,6 +5,7 @@
 
 #include <cmath>
 #include <filesystem>
+#include <sstream>
 #include <sys/stat.h>
 #include <thread>
 
@@ -22,50 +23,41 @@ std::string const osgb36 =
     R"(GEOGCS["GCS_OSGB_1936",DATUM["D_OSGB_1936",SPHEROID["Airy_1830",6377563.396,299.3249646]],)"
     R"(PRIMEM["Greenwich",0.0],UNIT["Degree",0.0174532925199433]])";
 
+/// `parameters`: names and values, one behind the other.
 std::string Projected(std::string const& name, std::string const& base, std::string const& method,
-                      std::vector<std::pair<std::string, std::string>> const& parameters,
-                      std::string const& unit = R"("Meter",1.0)") {
+                      std::string const& parameters, std::string const& unit = R"("Meter",1.0)") {
     std::string text = "PROJCS[\"" + name + "\"," + base + ",PROJECTION[\"" + method + "\"],";
-    for (auto const& [parameter, value] : parameters) {
+    std::istringstream words(parameters);
+    for (std::string parameter, value; words >> parameter >> value;) {
         text += "PARAMETER[\"" + parameter + "\"," + value + "],";
     }
     return text + "UNIT[" + unit + "]]";
 }
 
-std::string const utm33 = Projected("WGS_1984_UTM_Zone_33N", wgs84, "Transverse_Mercator",
-                                    {{"False_Easting", "500000.0"},
-                                     {"False_Northing", "0.0"},
-                                     {"Central_Meridian", "15.0"},
-                                     {"Scale_Factor", "0.9996"},
-                                     {"Latitude_Of_Origin", "0.0"}});
-std::string const britishGrid = Projected("British_National_Grid", osgb36, "Transverse_Mercator",
-                                          {{"False_Easting", "400000.0"},
-                                           {"False_Northing", "-100000.0"},
-                                           {"Central_Meridian", "-2.0"},
-                                           {"Scale_Factor", "0.9996012717"},
-                                           {"Latitude_Of_Origin", "49.0"}});
+std::string const utm33 =
+    Projected("WGS_1984_UTM_Zone_33N", wgs84, "Transverse_Mercator",
+              "False_Easting 500000.0 False_Northing 0.0 Central_Meridian 15.0 "
+              "Scale_Factor 0.9996 Latitude_Of_Origin 0.0");
+std::string const britishGrid =
+    Projected("British_National_Grid", osgb36, "Transverse_Mercator",
+              "False_Easting 400000.0 False_Northing -100000.0 Central_Meridian -2.0 "
+              "Scale_Factor 0.9996012717 Latitude_Of_Origin 49.0");
 std::string const webMercator =
     Projected("WGS_1984_Web_Mercator_Auxiliary_Sphere", wgs84, "Mercator_Auxiliary_Sphere",
-              {{"False_Easting", "0.0"},
-               {"False_Northing", "0.0"},
-               {"Central_Meridian", "0.0"},
-               {"Standard_Parallel_1", "0.0"},
-               {"Auxiliary_Sphere_Type", "0.0"}});
-std::string const longIsland = Projected("NAD_1983_StatePlane_New_York_Long_Island_FIPS_3104_Feet",
-                                         nad83, "Lambert_Conformal_Conic",
-                                         {{"False_Easting", "984250.0"},
-                                          {"False_Northing", "0.0"},
-                                          {"Central_Meridian", "-74.0"},
-                                          {"Standard_Parallel_1", "40.66666666666666"},
-                                          {"Standard_Parallel_2", "41.03333333333333"},
-                                          {"Latitude_Of_Origin", "40.16666666666666"}},
-                                         R"("Foot_US",0.3048006096012192)");
-std::string const ownGrid = Projected("Quarry", wgs84, "Transverse_Mercator",
-                                      {{"False_Easting", "1.0"},
-                                       {"False_Northing", "0.0"},
-                                       {"Central_Meridian", "15.5"},
-                                       {"Scale_Factor", "0.9"},
-                                       {"Latitude_Of_Origin", "0.0"}});
+              "False_Easting 0.0 False_Northing 0.0 Central_Meridian 0.0 "
+              "Standard_Parallel_1 0.0 Auxiliary_Sphere_Type 0.0");
+std::string const longIsland = Projected(
+    "NAD_1983_StatePlane_New_York_Long_Island_FIPS_3104_Feet", nad83, "Lambert_Conformal_Conic",
+    "False_Easting 984250.0 False_Northing 0.0 Central_Meridian -74.0 "
+    "Standard_Parallel_1 40.66666666666666 Standard_Parallel_2 41.03333333333333 "
+    "Latitude_Of_Origin 40.16666666666666",
+    R"("Foot_US",0.3048006096012192)");
+std::string const ownGrid =
+    Projected("Quarry", wgs84, "Transverse_Mercator",
+              "False_Easting 1.0 False_Northing 0.0 Central_Meridian 15.5 Scale_Factor 0.9 "
+              "Latitude_Of_Origin 0.0");
+std::string const site =
+    R"(LOCAL_CS["Site",LOCAL_DATUM["x",0],UNIT["Meter",1],AXIS["X",EAST],AXIS["Y",NORTH]])";
 std::string const shifted =
     R"(GEOGCS["WGS 84",DATUM["WGS_1984",SPHEROID["WGS 84",6378137,298.257223563],)"
     R"(TOWGS84[0,0,0,0,0,0,0]],PRIMEM["Greenwich",0],UNIT["degree",0.0174532925199433],)"
@@ -91,8 +83,7 @@ TEST(CoordSys, IsReadFromAnyWellKnownText) {
         {longIsland, "NAD83 / New York Long Island (ftUS)", 2263},
         {ownGrid, "Quarry", 0},
         {shifted, "WGS 84", 4326},
-        {R"(LOCAL_CS["Site",LOCAL_DATUM["x",0],UNIT["Meter",1],AXIS["X",EAST],AXIS["Y",NORTH]])",
-         "Site", 0},
+        {site, "Site", 0},
     };
     TemporaryFolder const folder;
     for (auto const& test : cases) {
@@ -183,9 +174,8 @@ TEST(CoordSys, NamesAPositionThatHasNoImage) {
     transform->Forward(sound); // the failure before does not stick
     EXPECT_NEAR(sound.X, 0, 1e-12);
 
-    Holder const site(BCoordSys::FromText(
-        R"(LOCAL_CS["Site",LOCAL_DATUM["x",0],UNIT["Meter",1],AXIS["X",EAST],AXIS["Y",NORTH]])"));
-    EXPECT_BEXCEPTION(site->MakeTransformToWgs84(), BException, "BCoordSys::MakeTransformToWgs84",
+    Holder const local(BCoordSys::FromText(site.c_str()));
+    EXPECT_BEXCEPTION(local->MakeTransformToWgs84(), BException, "BCoordSys::MakeTransformToWgs84",
                       "No transformation from Site");
 }
 
