@@ -65,6 +65,7 @@ TEST(FieldFormatting, ValuesFollowTheirFieldsRules) {
         {"18446744073709551615", VAR_UNSIGNED_INTEGER64, 3, 0, " -1"},
         {3.14159, VAR_DOUBLE, 8, 2, "    3.14"},
         {-0.5, VAR_DOUBLE, 4, 0, "  -0"},
+        {0.9999999, VAR_DOUBLE, 4, 255, "0.99"},
         {2.5, VAR_DOUBLE, 9, -1, " 2.500000"},
         {0.1, VAR_FLOAT, 12, 10, "0.1000000015"},
         {"abc", VAR_STRING, 6, 0, "abc   "},

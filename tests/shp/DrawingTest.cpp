@@ -7,10 +7,10 @@ namespace Ambrel::Test {
 
 namespace {
 
-/// What the records are drawn as.
+/// What the records are drawn as, in a window where a map unit takes two pixels.
 Texts Draw(ShapefileBuilder const& builder, Indexes const& indexes) {
     OpenShapefile const file(builder);
-    RecordingRenderer const renderer;
+    RecordingRenderer const renderer(2);
     file->RenderFeatures(indexes, &renderer);
     return renderer.calls;
 }
@@ -21,16 +21,16 @@ TEST(DrawingTest, DrawsEveryTypeWithOneCall) {
     builder.Polyline({{{0, 0}, {1, 1}}}, {9, 9});
     builder.Polygon({{{0, 0}, {0, 9}, {9, 9}, {9, 0}, {0, 0}}, {{1, 1}, {2, 1}, {2, 2}, {1, 1}}});
     EXPECT_EQ(Draw(builder, {4, 1, 0, 2, 3, 0}),
-              (Texts{"polygon 0,0 0,9 9,9 9,0 0,0 1,1 2,1 2,2 1,1 from 0 5", "point 1,2",
-                     "points 1,2 3,4", "line 0,0 1,1 from 0", "point 1,2"}));
+              (Texts{"polygon 0,0 0,18 18,18 18,0 0,0 2,2 4,2 4,4 2,2 from 0 5", "point 2,4",
+                     "points 2,4 6,8", "line 0,0 2,2 from 0", "point 2,4"}));
 }
 
 TEST(DrawingTest, CutsWindowCoordinatesOfLinesAndKeepsThoseOfPoints) {
     ShapefileBuilder builder(3);
-    builder.Point(10.9, -10.9).Polyline({{{10.9, -10.9}, {0.5, -0.5}}});
+    builder.Point(10.9, -10.9).Polyline({{{10.9, -10.9}, {0.4, -0.4}}});
     builder.Polyline({{{1e300, -1e10}, {std::numeric_limits<double>::quiet_NaN(), 3}}});
-    EXPECT_EQ(Draw(builder, {0, 1, 2}), (Texts{"point 10.9,-10.9", "line 10,-10 0,0 from 0",
-                                               "line 2147483647,-2147483648 0,3 from 0"}));
+    EXPECT_EQ(Draw(builder, {0, 1, 2}), (Texts{"point 21.8,-21.8", "line 21,-21 0,0 from 0",
+                                               "line 2147483647,-2147483648 0,6 from 0"}));
 }
 
 TEST(DrawingTest, ThrowsAtTypesThatCanNotBeDrawn) {

@@ -125,19 +125,19 @@ TEST_F(ReaderTest, ReadsAttributesUnlessTold) {
 }
 
 TEST_F(ReaderTest, MakesALayerForEachFile) {
-    Diagonal(1).Extent(0, 0, 1, 1).WriteTo(folder, "b");
+    Diagonal(1).Extent(0, 0, 1, 1).WriteTo(folder, "c");
     Diagonal(2).Extent(5, -5, 6, 0).WriteTo(folder, "a");
-    Diagonal(3).WithoutTable().WriteTo(folder, "c");
+    Diagonal(3).WithoutTable().WriteTo(folder, "b");
     EXPECT_BEXCEPTION(reader->Open(folderPath, BParamList()), BFileNotFoundException,
-                      "BShpFile::Open", folder.File("c.dbf"));
+                      "BShpFile::Open", folder.File("b.dbf"));
     EXPECT_FALSE(reader->IsOpen());
-    EXPECT_EQ(reader->GetLayers().GetCount(), 2U);
-    std::filesystem::remove(folder.Path() / "c.shp");
+    EXPECT_EQ(reader->GetLayers().GetCount(), 1U);
+    std::filesystem::remove(folder.Path() / "b.shp");
     reader->Open(folderPath, BParamList());
     reader->Read(); // What the failed Open has left fills no layer.
     EXPECT_EQ(Features(1).GetCount(), 1U);
     EXPECT_EQ(LayerOf(*reader, 0).name, BString("a"));
-    EXPECT_EQ(LayerOf(*reader, 1).name, BString("b"));
+    EXPECT_EQ(LayerOf(*reader, 1).name, BString("c"));
     EXPECT_EQ(Extents(), "0 -5 6 1");
     EXPECT_BEXCEPTION(reader->Open(folderPath, BParamList()), BAlreadyOpenException,
                       "BVectorDataReader::Open", folderPath);
