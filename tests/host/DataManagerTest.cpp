@@ -1,11 +1,11 @@
 #include "Expectations.h"
 #include "FeatureSamples.h"
-#include "TemporaryFolder.h"
 
 #include <Ambrel/BDataManagerProxy.h>
 #include <Ambrel/BLogger.h>
-#include <Ambrel/BProgress.h>
 #include <Ambrel/Constants.h>
+
+#include <filesystem>
 
 namespace Ambrel::Test {
 namespace {
@@ -23,15 +23,12 @@ public:
     bool IsOpen() override { return opened; }
     void ResetStatus() override { SetStatus(STATUS_READY); }
 
-    using BDataManager::ReportProgress;
-    using BDataReader::MakeFileList;
     using BVectorDataReader::UseDirectAccessFeatureCollection;
 
     static inline int destroyed = 0;
 
 protected:
     void OpenImpl(BString const& fileName, BParamList const&) override {
-        EXPECT_EQ(layers.GetCount(), 0U);
         if (fileName == "bad") {
             throw BFileNotFoundException("FakeReader::Open", fileName);
         }
@@ -66,17 +63,6 @@ public:
     }
 };
 
-TEST(DataReader, OpensOnceAndStartsFromEmptyLayers) {
-    FakeReader reader{BParamList()};
-    reader.Open("roads", BParamList());
-    EXPECT_BEXCEPTION(reader.Open("rails", BParamList()), BAlreadyOpenException,
-                      "BVectorDataReader::Open", "rails");
-    EXPECT_EQ(reader.GetLayers().GetCount(), 1U);
-    reader.Close();
-    reader.Open("rails", BParamList());
-    EXPECT_EQ(reader.GetLayers().GetCount(), 1U);
-}
-
 TEST(DataReader, TellsItsExtent) {
     FakeReader reader{BParamList()};
     EXPECT_TRUE(reader.GetMBR().IsEmpty()); // not open: there is no answer
@@ -109,28 +95,6 @@ TEST(DataReader, TakesItsOptions) {
     EXPECT_TRUE(set.UseDirectAccessFeatureCollection());
     EXPECT_STREQ(set.GetDiskCacheBaseName().Ascii(), "/data/cache");
     EXPECT_EQ(set.GetDiskCachePageSize(), 7);
-}
-
-TEST(DataReader, AsksTheObserverWhetherToGoOn) {
-    class Refusing : public BProgress {
-    public:
-        bool WantsReport(std::uint32_t, std::uint32_t) override { return false; }
-        bool Report(std::uint32_t done, std::uint32_t total) override { return done < total; }
-    } refusing;
-    FakeReader reader{BParamList()};
-    EXPECT_TRUE(reader.ReportProgress(2, 2));
-    reader.SetProgress(&refusing);
-    EXPECT_TRUE(reader.ReportProgress(1, 2));
-    EXPECT_FALSE(reader.ReportProgress(2, 2));
-}
-
-TEST(DataReader, ListsFilesByName) {
-    TemporaryFolder const folder;
-    WriteFile(folder.Path() / "a.SHP", {});
-    FakeReader const reader{BParamList()};
-    std::vector<BString> const files = reader.MakeFileList(folder.File("."), ".shp", BParamList());
-    ASSERT_EQ(files.size(), 1U);
-    EXPECT_TRUE(files[0] == folder.File("a.SHP"));
 }
 
 TEST(DataManagerProxy, TriesFilesAndOwnsItsObjects) {

@@ -1,26 +1,14 @@
 #include "FeatureSamples.h"
 
-#include "GeometryText.h"
-
 namespace Ambrel::Test {
 
 namespace {
 
-template <class T>
-BSharedPtr<T> Vertices(std::vector<BPoint> const& list, bool in3d = false) {
-    BSharedPtr<T> geometry(new T);
-    for (BPoint const& point : list) {
-        geometry->AddPoint(point);
-    }
-    geometry->is3d = in3d;
-    return geometry;
-}
-
 BSharedPtr<BAreaGeo> Donut() {
     BSharedPtr<BDonut> donut(new BDonut);
-    donut->SetShell(Vertices<BPolygon>({{0, 0}, {0, 9}, {9, 9}}));
-    donut->AddHole(Vertices<BPolygon>({{1, 2}, {1, 3}, {2, 3}}, true));
-    donut->AddHole(Vertices<BPolygon>({}));
+    donut->SetShell(WithVertices<BPolygon>({{0, 0}, {0, 9}, {9, 9}}));
+    donut->AddHole(WithVertices<BPolygon>({{1, 2}, {1, 3}, {2, 3}}, true));
+    donut->AddHole(WithVertices<BPolygon>({}));
     donut->is3d = 1;
     return donut;
 }
@@ -30,14 +18,14 @@ std::vector<BSharedPtr<BGeometry>> Geometries() {
     points->Add(BSharedPtr<BPointGeo>(new BPointGeo(BPoint(1, 2, 3))));
     points->Add(BSharedPtr<BPointGeo>(new BPointGeo(BPoint(-0.0, 1e300, -1))));
     BSharedPtr<BAggregateLinear> lines(new BAggregateLinear);
-    lines->Add(Vertices<BPolyline>({{1, 1}, {2, 2}}, true));
+    lines->Add(WithVertices<BPolyline>({{1, 1}, {2, 2}}, true));
     BSharedPtr<BAggregateArea> areas(new BAggregateArea);
     areas->Add(Donut());
-    areas->Add(Vertices<BPolygon>({{5, 5}, {6, 5}, {6, 6}}));
+    areas->Add(WithVertices<BPolygon>({{5, 5}, {6, 5}, {6, 6}}));
     areas->is3d = 1;
     return {BSharedPtr<BGeometry>(new BPointGeo(BPoint(0.1, -0.2, 7))),
-            Vertices<BPolyline>({{1, 2, 3}, {4, 5, 6}}, true),
-            Vertices<BPolygon>({{0, 0}, {0, 1}, {1, 1}}),
+            WithVertices<BPolyline>({{1, 2, 3}, {4, 5, 6}}, true),
+            WithVertices<BPolygon>({{0, 0}, {0, 1}, {1, 1}}),
             Donut(),
             points,
             lines,
@@ -56,18 +44,18 @@ std::vector<BVariant> Values() {
     unsigned64.SetValue(std::uint64_t{18446744073709551615U});
     BVariant typedNull;
     typedNull.SetType(VAR_INTEGER);
-    return {BVariant(-7),
-            BVariant(std::int64_t{1} << 60),
-            BVariant(0.1),
-            BVariant(true),
-            BVariant(L"\u00E4\u20AC"),
+    return {-7,
+            std::int64_t{1} << 60,
+            0.1,
+            true,
+            BString(L"\u00E4\u20AC"),
             date,
             unsigned64,
             typedNull,
             BVariant(reals, 2),
             BVariant(integers, 3),
             BVariant(texts, 3),
-            BVariant(BString())};
+            BString()};
 }
 
 void Append(std::string& text, BString const& name, BVariant const& value) {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "GeometryText.h"
+
 #include <Ambrel/BAggregate.h>
 #include <Ambrel/BFeatureCollection.h>
 #include <Ambrel/BProgress.h>
@@ -9,6 +11,17 @@
 #include <vector>
 
 namespace Ambrel::Test {
+
+/// A line or a ring.
+template <class T>
+BSharedPtr<T> WithVertices(std::vector<BPoint> const& vertices, bool in3d = false) {
+    BSharedPtr<T> geometry(new T);
+    for (BPoint const& vertex : vertices) {
+        geometry->AddPoint(vertex);
+    }
+    geometry->is3d = in3d;
+    return geometry;
+}
 
 /// A point with the attribute "number", which it also stands at: (number, 2 * number).
 BSharedPtr<BFeature> NumberedPoint(int number);
