@@ -256,7 +256,38 @@ TEST_P(CollectionTest, RefusesDamagedBytes) {
     EXPECT_GT(refused, 0U);
 }
 
-TEST(CollectionBytes, RefuseGeometriesThatAreNestedTooDeep) {
+TEST(FeatureCollection, RefusesChangesUnlessItsKindMakesThem) {
+    class Unchangeable : public BFeatureCollection {
+        std::uint64_t GetCount() const override { return 1; }
+    } features;
+    EndAt progress(0);
+    std::uint64_t position = 0;
+    struct {
+        char const* operation;
+        char const* message;
+        std::function<void()> call;
+    } const calls[] = {
+        {"Add", "Features can not be added", [&] { features.Add(NumberedPoint(1)); }},
+        {"Add", "Features can not be added", [&] { features.Add(*NumberedPoint(1)); }},
+        {"Remove", "Features can not be removed", [&] { features.Remove(0); }},
+        {"Release", "Features can not be removed", [&] { features.Release(0); }},
+        {"Clear", "Features can not be removed", [&] { features.Clear(); }},
+        {"Reserve", "Features can not be added", [&] { features.Reserve(1); }},
+        {"SetAt", "Features can not be replaced", [&] { features.SetAt(0, NumberedPoint(1)); }},
+        {"Sort", "The features can not be sorted", [&] { features.Sort(0, true); }},
+        {"Transform", "The features can not be transformed", [&] { features.Transform(Shift()); }},
+        {"TransformReverse", "The features can not be transformed",
+         [&] { features.TransformReverse(Shift(), progress); }},
+        {"FromByteArray", "The features can not be made from bytes",
+         [&] { features.FromByteArray({}, position); }},
+    };
+    for (auto const& call : calls) {
+        EXPECT_BEXCEPTION(call.call(), BUnsupportedCapabilityException,
+                          BString::Format("BFeatureCollection::%s", call.operation), call.message);
+    }
+}
+
+TEST(FeatureCollection, RefusesBytesOfGeometriesThatAreNestedTooDeep) {
     BSharedPtr<BAreaGeo> area(new BPolygon);
     for (int depth = 0; depth < 100; ++depth) {
         BSharedPtr<BDonut> const around(new BDonut);

@@ -1,5 +1,7 @@
 #include "FeatureSamples.h"
 
+#include <sstream>
+
 namespace Ambrel::Test {
 
 namespace {
@@ -38,39 +40,32 @@ std::vector<BVariant> Values() {
     double const reals[] = {1.5, -2.5};
     std::int32_t const integers[] = {1, -2, 3};
     BString const texts[] = {"a", "", "c"};
-    BVariant date("20210315");
-    date.SetType(VAR_DATE);
-    BVariant unsigned64;
-    unsigned64.SetValue(std::uint64_t{18446744073709551615U});
-    BVariant typedNull;
-    typedNull.SetType(VAR_INTEGER);
-    return {-7,
-            std::int64_t{1} << 60,
-            0.1,
-            true,
-            BString(L"\u00E4\u20AC"),
-            date,
-            unsigned64,
-            typedNull,
-            BVariant(reals, 2),
-            BVariant(integers, 3),
-            BVariant(texts, 3),
-            BString()};
+    std::vector<BVariant> values(3);
+    values[0].SetValue(std::uint64_t{18446744073709551615U});
+    values[1].SetType(VAR_INTEGER); // null all the same
+    values[2].SetValue("20210315");
+    values[2].SetType(VAR_DATE);
+    for (BVariant const& value :
+         {BVariant(-7), BVariant(std::int64_t{1} << 60), BVariant(0.1), BVariant(true),
+          BVariant(BString(L"\u00E4\u20AC")), BVariant(BString()), BVariant(reals, 2),
+          BVariant(integers, 3), BVariant(texts, 3)}) {
+        values.push_back(value);
+    }
+    return values;
 }
 
-void Append(std::string& text, BString const& name, BVariant const& value) {
-    text += std::string(" ") + name.Ascii() + ":" + std::to_string(value.GetType()) + "=";
-    if (value.IsNull()) {
-        text += "null";
-    } else {
-        text += value.GetValueAsString("-").Ascii();
-    }
+/// " name:type=value"; a list as its elements, a null value as "null".
+std::string TextOf(BString const& name, BVariant const& value) {
+    std::ostringstream text;
+    text << ' ' << name.Utf8() << ':' << value.GetType() << '=';
+    text << value.GetValueAsString(value.IsNull() ? "null" : "list").Utf8();
     for (double number : value.GetValueAsDoubleList({})) { // of integer lists too
-        text += std::to_string(number) + " ";
+        text << ' ' << number;
     }
     for (BString const& item : value.GetValueAsStringList({})) {
-        text += std::string("'") + item.Ascii() + "' ";
+        text << " '" << item.Utf8() << '\'';
     }
+    return text.str();
 }
 
 } // namespace
@@ -112,11 +107,11 @@ std::string Describe(BFeature const& feature) {
     std::string text = TextOf(feature);
     for (std::uint64_t i = 0; i < feature.attributes.GetCount(); ++i) {
         BAttribute const& attribute = feature.attributes.GetAt(i);
-        Append(text, attribute.GetName(), attribute.GetValue());
+        text += TextOf(attribute.GetName(), attribute.GetValue());
     }
     text += " |";
-    for (BKeyValuePairs::Entry const& entry : feature.GetMetadata()) {
-        Append(text, entry.key, entry.value);
+    for (auto const& [key, value] : feature.GetMetadata()) {
+        text += TextOf(key, value);
     }
     return text;
 }

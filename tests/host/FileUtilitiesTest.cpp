@@ -1,10 +1,8 @@
+#include "Expectations.h"
 #include "TemporaryFolder.h"
 
 #include <Ambrel/BFileUtilities.h>
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
 #include <filesystem>
 #include <sys/stat.h>
 
@@ -19,68 +17,39 @@ protected:
             WriteFile(folder.Path() / name, {1, 2, 3});
         }
     }
-    /// The listed paths without the folder.
-    std::vector<std::string> List(std::string const& name) const {
-        std::vector<std::string> names;
-        std::string const start = folder.Path().string() + "/";
-        for (BString const& path : BFileUtilities::ListFiles(folder.File(name), ".shp")) {
-            std::string const text = path.Ascii();
-            names.push_back(text.rfind(start, 0) == 0 ? text.substr(start.size()) : text);
-        }
-        return names;
-    }
 
     TemporaryFolder folder;
 };
 
-using Names = std::vector<std::string>;
-
-TEST_F(FileUtilitiesTest, ChangesTheExtensionInItsLetterCase) {
-    struct {
-        char const* path;
-        char const* extension;
-        char const* expected;
-    } const cases[] = {
-        {"/data/roads.shp", ".shx", "/data/roads.shx"},
-        {"/data/ROADS.SHP", ".shx", "/data/ROADS.SHX"},
-        {"roads.Shp", ".dbf", "roads.Dbf"},
-        {"roads.v2.SHP", ".prj", "roads.v2.PRJ"},
-        {"/data.d/roads", ".shx", "/data.d/roads.shx"},
-        {"/DATA.SHP/roads.shp", ".shx", "/DATA.SHP/roads.shx"},
-        {"ROADS.SHP", ".index", "ROADS.INDEX"},
-    };
-    for (auto const& test : cases) {
-        EXPECT_STREQ(BFileUtilities::ChangeExtension(test.path, test.extension).Ascii(),
-                     test.expected);
-    }
-}
-
-TEST_F(FileUtilitiesTest, FindsAnExtensionInAnotherLetterCase) {
+TEST_F(FileUtilitiesTest, ChangesTheExtensionInTheLetterCaseThatIsThere) {
     Make({"a.shp", "a.SHX", "B.SHP", "B.shx", "B.SHX", "C.SHP", "C.dBf"});
-    auto const change = [&](char const* name, char const* extension) {
-        BString const changed = BFileUtilities::ChangeExtension(folder.File(name), extension);
-        return std::filesystem::path(changed.Ascii()).filename().string();
-    };
-    EXPECT_EQ(change("a.shp", ".shx"), "a.SHX");
-    EXPECT_EQ(change("B.SHP", ".shx"), "B.SHX");
-    EXPECT_EQ(change("C.SHP", ".dbf"), "C.dBf");
-    EXPECT_EQ(change("A.shp", ".shx"), "A.shx"); // the name itself differs
+    for (auto const& [path, extension, expected] :
+         {std::tuple{"roads.shp", ".shx", "roads.shx"},
+          {"ROADS.SHP", ".shx", "ROADS.SHX"},
+          {"roads.Shp", ".dbf", "roads.Dbf"},
+          {"roads.v2.SHP", ".prj", "roads.v2.PRJ"},
+          {"data.d/roads", ".shx", "data.d/roads.shx"},
+          {"DATA.SHP/roads.shp", ".shx", "DATA.SHP/roads.shx"},
+          {"ROADS.SHP", ".index", "ROADS.INDEX"},
+          {"a.shp", ".shx", "a.SHX"},
+          {"B.SHP", ".shx", "B.SHX"},
+          {"C.SHP", ".dbf", "C.dBf"},
+          {"A.shp", ".shx", "A.shx"}}) { // the name itself differs
+        EXPECT_EQ(BFileUtilities::ChangeExtension(folder.File(path), extension),
+                  folder.File(expected));
+    }
 }
 
 TEST_F(FileUtilitiesTest, TakesPathsApart) {
-    struct {
-        char const* path;
-        char const* basename;
-    } const cases[] = {{"/data/roads.shp", "roads"},
-                       {"roads.v2.shp", "roads.v2"},
-                       {"/data.d/roads", "roads"},
-                       {"/data/", ""}};
-    for (auto const& test : cases) {
-        EXPECT_STREQ(BFileUtilities::GetBasename(test.path).Ascii(), test.basename);
+    for (auto const& [path, name] : {std::pair{"/data/roads.shp", "roads"},
+                                     {"roads.v2.shp", "roads.v2"},
+                                     {"/data.d/roads", "roads"},
+                                     {"/data/", ""}}) {
+        EXPECT_EQ(BFileUtilities::GetBasename(path), BString(name));
     }
-    EXPECT_STREQ(BFileUtilities::CompletePath("/data/./x/../roads.shp").Ascii(), "/data/roads.shp");
+    EXPECT_EQ(BFileUtilities::CompletePath("/data/./x/../roads.shp"), BString("/data/roads.shp"));
     std::string const here = std::filesystem::current_path().string();
-    EXPECT_EQ(BFileUtilities::CompletePath("roads.shp").Ascii(), here + "/roads.shp");
+    EXPECT_EQ(BFileUtilities::CompletePath("roads.shp").Utf8(), here + "/roads.shp");
 }
 
 TEST_F(FileUtilitiesTest, KnowsRegularFilesAlone) {
@@ -88,16 +57,14 @@ TEST_F(FileUtilitiesTest, KnowsRegularFilesAlone) {
     std::filesystem::create_symlink(folder.Path() / "file", folder.Path() / "link");
     std::filesystem::create_symlink(folder.Path() / "none", folder.Path() / "broken");
     ASSERT_EQ(mkfifo(folder.File("pipe").Ascii(), 0600), 0);
-    struct {
-        BString path;
-        bool exists;
-    } const cases[] = {{folder.File("file"), true},    {folder.File("link"), true},
-                       {folder.File("broken"), false}, {folder.File("pipe"), false},
-                       {folder.File("."), false},      {folder.File("none"), false},
-                       {"/dev/null", false},           {"", false}};
-    for (auto const& test : cases) {
-        EXPECT_EQ(BFileUtilities::Exists(test.path), test.exists) << test.path.Ascii();
-        EXPECT_EQ(BFileUtilities::GetSize(test.path), test.exists ? 3U : 0U) << test.path.Ascii();
+    for (char const* const name : {"file", "link"}) {
+        EXPECT_TRUE(BFileUtilities::Exists(folder.File(name))) << name;
+        EXPECT_EQ(BFileUtilities::GetSize(folder.File(name)), 3U) << name;
+    }
+    for (BString const& path : {folder.File("broken"), folder.File("pipe"), folder.File("."),
+                                folder.File("none"), BString("/dev/null"), BString()}) {
+        EXPECT_FALSE(BFileUtilities::Exists(path)) << path.Ascii();
+        EXPECT_EQ(BFileUtilities::GetSize(path), 0U) << path.Ascii();
     }
     std::filesystem::resize_file(folder.Path() / "file", (std::uintmax_t{1} << 32) + 5);
     EXPECT_EQ(BFileUtilities::GetSize(folder.File("file")), 5U);
@@ -110,11 +77,8 @@ TEST_F(FileUtilitiesTest, ListsWhatANameStandsFor) {
           "sub/deep.shp", "v2.0.shp"});
     std::filesystem::create_directory(folder.Path() / "folder.shp");
     ASSERT_EQ(mkfifo(folder.File("pipe.shp").Ascii(), 0600), 0);
-    struct {
-        char const* name;
-        Names expected;
-    } const cases[] = {
-        {"sub", {"sub/deep.shp"}},
+    std::pair<char const*, std::vector<char const*>> const cases[] = {
+        {".", {"ROADS2.SHP", "rails.shp", "roads.shp", "upper.SHP", "v2.0.shp", "x[1].shp"}},
         {"sub/", {"sub/deep.shp"}},
         {"folder.shp", {}},
         {"r*", {"ROADS2.SHP", "rails.shp", "roads.shp"}},
@@ -130,11 +94,13 @@ TEST_F(FileUtilitiesTest, ListsWhatANameStandsFor) {
         {"missing.shp", {"missing.shp"}},
         {"sub/../roads.shp", {"roads.shp"}},
     };
-    for (auto const& test : cases) {
-        EXPECT_EQ(List(test.name), test.expected) << test.name;
+    for (auto const& [name, names] : cases) {
+        std::vector<BString> expected;
+        for (char const* const file : names) {
+            expected.push_back(folder.File(file));
+        }
+        EXPECT_EQ(BFileUtilities::ListFiles(folder.File(name), ".shp"), expected) << name;
     }
-    EXPECT_EQ(List("."),
-              (Names{"ROADS2.SHP", "rails.shp", "roads.shp", "upper.SHP", "v2.0.shp", "x[1].shp"}));
 }
 
 } // namespace

@@ -35,7 +35,6 @@ TEST(DirectAccessTest, SelectsWhatMeetsTheArea) {
 }
 
 /// Long enough for reading ahead to start, to meet gaps and jumps, and to end.
-/// Long enough for reading ahead to start, to meet gaps and jumps, and to end.
 TEST(DirectAccessTest, SelectsInLongFilesWhateverTheirOrder) {
     ShapefileBuilder builder(3);
     Indexes expected;
@@ -86,7 +85,7 @@ TEST(DirectAccessTest, AnswersThroughTheLayerOfAReaderThatIsGone) {
     BLayers const layers = reader->GetLayers();
     reader->Close();
     reader.reset();
-    auto const& features = static_cast<BVectorLayer&>(*layers.GetAt(0)).GetFeatures();
+    auto& features = static_cast<BVectorLayer&>(*layers.GetAt(0)).GetFeatures();
     LogCapture const log;
     EXPECT_EQ(TextOf(*features.GetAt(9)), "point[9 9]");
     EXPECT_EQ(TextOf(features.GetGeometryAt(10).Get()), "point[10 10]");
@@ -98,6 +97,20 @@ TEST(DirectAccessTest, AnswersThroughTheLayerOfAReaderThatIsGone) {
     params.area = BRect(3, 3, 3, 9);
     features.RenderFeatures(&params);
     EXPECT_EQ(renderer.calls, Texts{"point 3,3"});
+    EXPECT_TRUE(features.HasFeaturesInArea(params.area, BParamList()));
+    EXPECT_FALSE(features.HasFeaturesInArea(BRect(3, 4, 3, 9), BParamList()));
+
+    EXPECT_BEXCEPTION(features.GetAt(11), BIndexOutOfBoundsException,
+                      "BDirectAccessFeatureCollection::GetAt", "Index=11, Count=11");
+    EXPECT_BEXCEPTION(features.GetGeometryAt(1ULL << 32), BIndexOutOfBoundsException,
+                      "BDirectAccessFeatureCollection::GetGeometryAt",
+                      "Index=4294967296, Count=11");
+    BByteArray const bytes = features.ToByteArray();
+    EXPECT_EQ(features.ComputeSize(), bytes.size());
+    BMemoryFeatureCollection copy;
+    std::uint64_t position = 0;
+    copy.FromByteArray(bytes, position);
+    EXPECT_EQ(TextsOf(copy), TextsOf(features));
 }
 
 } // namespace

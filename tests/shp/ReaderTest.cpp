@@ -58,6 +58,53 @@ TEST_F(ReaderTest, ProxyMakesReadersOfItsFormat) {
     EXPECT_EQ(made->GetFormat(), DS_SHP);
     EXPECT_TRUE(made->UsingDiskCache());
     EXPECT_EQ(made->GetRepository(), &repository);
+    EXPECT_EQ(made->GetLogger(), BLogger::Instance());
+    EXPECT_BEXCEPTION(proxy.CreateWriter("x", params, nullptr, nullptr),
+                      BUnsupportedCapabilityException, "BDataManagerProxy::CreateWriter",
+                      "No writer can be made for x");
+}
+
+TEST_F(ReaderTest, ProxyCanReadWhatOpensWithALayer) {
+    BString sound = Diagonal(1).WriteTo(folder, "a");
+    BString missing = folder.File("b.shp");
+    BString wildcard = folder.File("b*");
+    BShpProxy proxy;
+    EXPECT_TRUE(proxy.CanRead(sound, BParamList()));
+    EXPECT_FALSE(proxy.CanRead(missing, BParamList()));
+    EXPECT_FALSE(proxy.CanRead(wildcard, BParamList())) << "which is no file";
+}
+
+TEST_F(ReaderTest, ProxyNamesTemporaryCopiesAfterTheInput) {
+    BShpProxy proxy;
+    std::vector<BString> names;
+    BString const first = proxy.MakeTempInputFileName("/data/roads.shp", names);
+    BString const second = proxy.MakeTempInputFileName("/data/roads.shp", names);
+    EXPECT_FALSE(first == second);
+    EXPECT_EQ(names, (std::vector<BString>{first, second}));
+    std::filesystem::path const path = first.Ascii();
+    EXPECT_TRUE(path.string().ends_with("roads.shp")) << path;
+    EXPECT_FALSE(std::filesystem::exists(path));
+    EXPECT_TRUE(std::filesystem::exists(path.parent_path()));
+}
+
+TEST_F(ReaderTest, TellsItsBoxAndWhereTheDiskCacheIs) {
+    BParamList options;
+    options.Add(OPTION_DISK_CACHE, true);
+    options.Add(OPTION_DISK_CACHE_BASE_NAME, folder.File("cache"));
+    options.SetValue(OPTION_DISK_CACHE_PAGE_SIZE, 1);
+    BShpReader cached(options);
+    EXPECT_TRUE(cached.GetMBR().IsEmpty()); // not open: there is no answer
+    cached.Open(ShapefileBuilder(11).Point(1, 2, 5).Point(3, 4, 9).WriteTo(folder, "a"), options);
+    cached.Read();
+    BBox const box = cached.GetMBB();
+    EXPECT_EQ(TextOf(box), "1 2 3 4");
+    EXPECT_EQ(box.zMin, 5);
+    EXPECT_EQ(box.zMax, 9);
+    // Pages of one feature are written at once.
+    EXPECT_EQ(BFileUtilities::ListFiles(folder.File("cache-*"), ".cache").size(), 1U);
+    BParamList incomplete;
+    incomplete.Add("XMin", 1.0);
+    EXPECT_TRUE(BDataManager::ExtentsOf(incomplete).IsEmpty());
 }
 
 TEST_F(ReaderTest, WritesItsStepsToTheLog) {
