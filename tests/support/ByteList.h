@@ -1,9 +1,10 @@
 #pragma once
 
+#include <algorithm>
 #include <bit>
 #include <cstddef>
 #include <cstdint>
-#include <initializer_list>
+#include <optional>
 #include <string_view>
 #include <vector>
 
@@ -22,13 +23,12 @@ public:
     ByteList& Little16(std::uint16_t value) { return Little(value, 2); }
     ByteList& Little32(std::uint32_t value) { return Little(value, 4); }
     ByteList& Big32(std::uint32_t value) {
-        for (int shift = 24; shift >= 0; shift -= 8) {
-            Byte(static_cast<std::uint8_t>(value >> shift));
-        }
+        Little(value, 4);
+        std::reverse(bytes.end() - 4, bytes.end());
         return *this;
     }
     ByteList& Real(double value) { return Little(std::bit_cast<std::uint64_t>(value), 8); }
-    ByteList& Reals(std::initializer_list<double> values) {
+    ByteList& Reals(std::vector<double> const& values) {
         for (double value : values) {
             Real(value);
         }
@@ -47,6 +47,11 @@ public:
         return *this;
     }
     std::size_t Size() const { return bytes.size(); }
+    /// So many of them at the most, from the start; all without a size.
+    Bytes First(std::optional<std::size_t> size) const {
+        auto const count = std::min(bytes.size(), size.value_or(bytes.size()));
+        return Bytes(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(count));
+    }
     operator Bytes const&() const { return bytes; }
 
 private:

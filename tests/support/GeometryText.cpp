@@ -26,22 +26,25 @@ std::string TextOf(BPoints const& points) {
     return "[" + text + "]";
 }
 
-template <class Aggregate>
-std::string MembersOf(BGeometry const& geometry) {
-    auto const& aggregate = static_cast<Aggregate const&>(geometry);
+/// So many members, each as `at` gives it.
+template <class At>
+std::string Joined(std::uint64_t count, At at) {
     std::string text;
-    for (std::uint64_t i = 0; i < aggregate.GetCount(); ++i) {
-        text += (i ? " " : "") + Test::TextOf(aggregate.GetGeometryAt(i).Get());
+    for (std::uint64_t i = 0; i < count; ++i) {
+        text += (i ? " " : "") + Test::TextOf(at(i).Get());
     }
     return "{" + text + "}";
 }
 
+template <class Aggregate>
+std::string MembersOf(BGeometry const& geometry) {
+    auto const& members = static_cast<Aggregate const&>(geometry);
+    return Joined(members.GetCount(), [&](auto i) { return members.GetGeometryAt(i); });
+}
+
 std::string RingsOf(BDonut const& donut) {
-    std::string text = Test::TextOf(donut.GetShell().Get());
-    for (std::uint64_t i = 0; i < donut.GetHoleCount(); ++i) {
-        text += " " + Test::TextOf(donut.GetHoleAt(i).Get());
-    }
-    return "{" + text + "}";
+    return Joined(donut.GetHoleCount() + 1,
+                  [&](auto i) { return i == 0 ? donut.GetShell() : donut.GetHoleAt(i - 1); });
 }
 
 } // namespace

@@ -13,92 +13,43 @@ namespace {
 constexpr std::size_t headerSize = 100;
 constexpr std::size_t recordHeaderSize = 8;
 
-void KeepFirst(Bytes& bytes, std::optional<std::size_t> size) {
-    bytes.resize(std::min(bytes.size(), size.value_or(bytes.size())));
-}
-
-void RequireCount(Reals const& values, std::size_t count) {
-    if (!values.empty() && values.size() != count) {
-        throw std::invalid_argument("as many values as vertices are needed");
-    }
-}
-
 } // namespace
 
-void ShapefileBuilder::Range::Show(double value) {
-    if (isFixed) {
-        return;
+ShapefileBuilder::Range ShapefileBuilder::RangeOf(Reals const& values) {
+    Range range = values.empty() ? Range() : Range(values[0], values[0]);
+    for (double const value : values) {
+        range = {std::min(range.first, value), std::max(range.second, value)};
     }
-    min = isSet ? std::min(min, value) : value;
-    max = isSet ? std::max(max, value) : value;
-    isSet = true;
-}
-
-void ShapefileBuilder::Range::Fix(double newMin, double newMax) {
-    isFixed = true;
-    min = newMin;
-    max = newMax;
-}
-
-ShapefileBuilder& ShapefileBuilder::Extent(double xMin, double yMin, double xMax, double yMax) {
-    x.Fix(xMin, xMax);
-    y.Fix(yMin, yMax);
-    return *this;
-}
-
-ShapefileBuilder& ShapefileBuilder::ZRange(double min, double max) {
-    zRange.Fix(min, max);
-    return *this;
-}
-
-ShapefileBuilder& ShapefileBuilder::MRange(double min, double max) {
-    mRange.Fix(min, max);
-    return *this;
+    return range;
 }
 
 std::uint32_t ShapefileBuilder::Variant(std::uint32_t type) const {
     return type + (HasZ() ? 10 : 0) + (HasM() ? 20 : 0);
 }
 
-ShapefileBuilder& ShapefileBuilder::Null() {
-    return AddRecord(ByteList().Little32(0));
-}
-
-ShapefileBuilder& ShapefileBuilder::Point(double pointX, double pointY, std::optional<double> z,
+ShapefileBuilder& ShapefileBuilder::Point(double x, double y, std::optional<double> z,
                                           std::optional<double> m) {
     ByteList content;
-    content.Little32(Variant(1));
-    AppendVertices(content, {{pointX, pointY}});
+    content.Little32(Variant(1)).Real(x).Real(y);
+    shown[0].push_back(x);
+    shown[1].push_back(y);
     if (z || HasZ()) {
         content.Real(z.value_or(0));
-        zRange.Show(z.value_or(0));
+        shown[2].push_back(z.value_or(0));
     }
     if (m || HasZ() || HasM()) {
         content.Real(m.value_or(0));
     }
     if (m) {
-        mRange.Show(*m);
+        shown[3].push_back(*m);
     }
-    return AddRecord(content);
+    return Raw(content);
 }
 
 ShapefileBuilder& ShapefileBuilder::MultiPoint(Vertices const& vertices, Reals const& z,
                                                Reals const& m) {
-    ByteList content;
-    content.Little32(Variant(8));
-    AppendBox(content, vertices);
-    content.Little32(static_cast<std::uint32_t>(vertices.size()));
-    AppendVertices(content, vertices);
-    AppendZAndM(content, vertices.size(), z, m);
-    return AddRecord(content);
-}
-
-ShapefileBuilder& ShapefileBuilder::Polyline(Parts const& parts, Reals const& z, Reals const& m) {
-    return AddParts(3, parts, z, m);
-}
-
-ShapefileBuilder& ShapefileBuilder::Polygon(Parts const& parts, Reals const& z, Reals const& m) {
-    return AddParts(5, parts, z, m);
+    auto const count = static_cast<std::uint32_t>(vertices.size());
+    return AddShape(8, ByteList().Little32(count), vertices, z, m);
 }
 
 ShapefileBuilder& ShapefileBuilder::AddParts(std::uint32_t type, Parts const& parts, Reals const& z,
@@ -109,74 +60,50 @@ ShapefileBuilder& ShapefileBuilder::AddParts(std::uint32_t type, Parts const& pa
         starts.Little32(static_cast<std::uint32_t>(vertices.size()));
         vertices.insert(vertices.end(), part.begin(), part.end());
     }
-    ByteList content;
-    content.Little32(Variant(type));
-    AppendBox(content, vertices);
-    content.Little32(static_cast<std::uint32_t>(parts.size()))
+    ByteList counts;
+    counts.Little32(static_cast<std::uint32_t>(parts.size()))
         .Little32(static_cast<std::uint32_t>(vertices.size()))
         .Append(starts);
-    AppendVertices(content, vertices);
-    AppendZAndM(content, vertices.size(), z, m);
-    return AddRecord(content);
+    return AddShape(type, counts, vertices, z, m);
 }
 
-void ShapefileBuilder::AppendBox(ByteList& content, Vertices const& vertices) {
-    Range boxX;
-    Range boxY;
+ShapefileBuilder& ShapefileBuilder::AddShape(std::uint32_t type, ByteList const& counts,
+                                             Vertices const& vertices, Reals const& z,
+                                             Reals const& m) {
+    std::array<Reals, 4> values{Reals(), Reals(), z, m};
+    ByteList positions;
     for (Vertex const& vertex : vertices) {
-        boxX.Show(vertex.x);
-        boxY.Show(vertex.y);
+        positions.Real(vertex.x).Real(vertex.y);
+        values[0].push_back(vertex.x);
+        values[1].push_back(vertex.y);
     }
-    content.Reals({boxX.min, boxY.min, boxX.max, boxY.max});
-}
-
-void ShapefileBuilder::AppendVertices(ByteList& content, Vertices const& vertices) {
-    for (Vertex const& vertex : vertices) {
-        content.Real(vertex.x).Real(vertex.y);
-        x.Show(vertex.x);
-        y.Show(vertex.y);
+    if (HasZ() && z.empty()) {
+        values[2].assign(vertices.size(), 0);
     }
-}
-
-void ShapefileBuilder::AppendZAndM(ByteList& content, std::size_t count, Reals const& z,
-                                   Reals const& m) {
-    RequireCount(z, count);
-    RequireCount(m, count);
-    if (HasZ() || !z.empty()) {
-        AppendRangeAndValues(content, z.empty() ? Reals(count, 0) : z, zRange);
+    auto const [xMin, xMax] = RangeOf(values[0]);
+    auto const [yMin, yMax] = RangeOf(values[1]);
+    ByteList content;
+    content.Little32(Variant(type))
+        .Reals({xMin, yMin, xMax, yMax})
+        .Append(counts)
+        .Append(positions);
+    for (std::size_t i : {2U, 3U}) {
+        if (!values[i].empty() && values[i].size() != vertices.size()) {
+            throw std::invalid_argument("as many values as vertices are needed");
+        }
+        if (!values[i].empty() || (i == 2 && HasZ())) {
+            auto const [min, max] = RangeOf(values[i]);
+            content.Reals({min, max}).Reals(values[i]);
+        }
     }
-    if (!m.empty()) {
-        AppendRangeAndValues(content, m, mRange);
+    for (std::size_t i = 0; i < shown.size(); ++i) {
+        shown[i].insert(shown[i].end(), values[i].begin(), values[i].end());
     }
-}
-
-void ShapefileBuilder::AppendRangeAndValues(ByteList& content, Reals const& values,
-                                            Range& fileRange) {
-    Range range;
-    for (double value : values) {
-        range.Show(value);
-        fileRange.Show(value);
-    }
-    content.Real(range.min).Real(range.max);
-    for (double value : values) {
-        content.Real(value);
-    }
+    return Raw(content);
 }
 
 ShapefileBuilder& ShapefileBuilder::Raw(Bytes const& content) {
-    return AddRecord(content);
-}
-
-ShapefileBuilder& ShapefileBuilder::AddRecord(Bytes const& content) {
-    Record record;
-    record.junkBefore = std::exchange(junk, Bytes());
-    record.content = content;
-    records.push_back(std::move(record));
-    return *this;
-}
-
-ShapefileBuilder& ShapefileBuilder::Junk(Bytes const& bytes) {
-    junk.insert(junk.end(), bytes.begin(), bytes.end());
+    records.push_back({std::exchange(junk, ByteList()), content, {}, {}, {}, {}});
     return *this;
 }
 
@@ -189,43 +116,20 @@ ShapefileBuilder& ShapefileBuilder::Patch(std::size_t offset, Bytes const& bytes
     return *this;
 }
 
-ShapefileBuilder& ShapefileBuilder::CutContent(std::size_t size) {
-    KeepFirst(records.back().content, size);
-    return *this;
-}
-
-ShapefileBuilder& ShapefileBuilder::IndexEntry(std::int32_t offsetWords, std::int32_t lengthWords) {
-    extraEntries.push_back({offsetWords, lengthWords});
-    return *this;
-}
-
-ShapefileBuilder& ShapefileBuilder::Field(std::string const& name, char letter, std::uint8_t width,
-                                          std::uint8_t decimals) {
-    table.Field(name, letter, width, decimals);
-    hasOwnTable = true;
-    return *this;
-}
-
-ShapefileBuilder& ShapefileBuilder::Row(std::vector<std::string> const& cells) {
-    table.Row(cells);
-    return *this;
-}
-
-ShapefileBuilder& ShapefileBuilder::Table(TableBuilder const& newTable) {
-    table = newTable;
-    hasOwnTable = true;
-    return *this;
-}
-
-Bytes ShapefileBuilder::Header(std::size_t fileSize) const {
+ByteList ShapefileBuilder::Header(std::size_t bodySize) const {
+    std::array<Range, 4> ranges;
+    for (std::size_t i = 0; i < ranges.size(); ++i) {
+        ranges[i] = statedRanges[i].value_or(RangeOf(shown[i]));
+    }
+    auto const& [x, y, z, m] = ranges;
+    auto const words = static_cast<std::int32_t>((headerSize + bodySize) / 2);
     return ByteList()
         .Big32(static_cast<std::uint32_t>(fileCode))
         .Fill(20)
-        .Big32(static_cast<std::uint32_t>(
-            fileLength.value_or(static_cast<std::int32_t>(fileSize / 2))))
+        .Big32(static_cast<std::uint32_t>(fileLength.value_or(words)))
         .Little32(static_cast<std::uint32_t>(version))
         .Little32(static_cast<std::uint32_t>(shapeType))
-        .Reals({x.min, y.min, x.max, y.max, zRange.min, zRange.max, mRange.min, mRange.max});
+        .Reals({x.first, y.first, x.second, y.second, z.first, z.second, m.first, m.second});
 }
 
 Bytes ShapefileBuilder::MainFile() const {
@@ -239,9 +143,7 @@ Bytes ShapefileBuilder::MainFile() const {
             .Append(record.content);
     }
     body.Append(junk);
-    Bytes file = ByteList().Append(Header(headerSize + body.Size())).Append(body);
-    KeepFirst(file, mainFileSize);
-    return file;
+    return Header(body.Size()).Append(body).First(mainFileSize);
 }
 
 Bytes ShapefileBuilder::Index() const {
@@ -259,9 +161,7 @@ Bytes ShapefileBuilder::Index() const {
         entries.Big32(static_cast<std::uint32_t>(entry.offset))
             .Big32(static_cast<std::uint32_t>(entry.length));
     }
-    Bytes file = ByteList().Append(Header(headerSize + entries.Size())).Append(entries);
-    KeepFirst(file, indexSize);
-    return file;
+    return Header(entries.Size()).Append(entries).First(indexSize);
 }
 
 Bytes ShapefileBuilder::TableFile() const {

@@ -2,18 +2,9 @@
 
 #include "TemporaryFolder.h"
 
-#include <algorithm>
 #include <stdexcept>
 
 namespace Ambrel::Test {
-
-namespace {
-
-bool IsNumber(char letter) {
-    return letter == 'N' || letter == 'n' || letter == 'F' || letter == 'f';
-}
-
-} // namespace
 
 TableBuilder& TableBuilder::Field(std::string const& name, char letter, std::uint8_t width,
                                   std::uint8_t decimals) {
@@ -36,60 +27,37 @@ TableBuilder& TableBuilder::Row(std::vector<std::string> const& cells) {
             throw std::invalid_argument("cell is too long: " + cell);
         }
         std::size_t const padding = fields[i].width - cell.size();
-        bool const isNumber = IsNumber(fields[i].letter);
+        bool const isNumber = std::string("NnFf").find(fields[i].letter) != std::string::npos;
         row.Fill(isNumber ? padding : 0, ' ').Text(cell).Fill(isNumber ? 0 : padding, ' ');
     }
     return RawRow(row);
 }
 
-TableBuilder& TableBuilder::RawRow(Bytes const& bytes) {
-    rows.push_back(bytes);
-    return *this;
-}
-
-Bytes TableBuilder::Header() const {
+Bytes TableBuilder::Build() const {
     std::size_t const trueHeaderLength = 32 + 32 * fields.size() + terminator.size();
-    std::uint16_t trueRecordLength = 1;
+    unsigned trueRecordLength = 1;
     for (FieldDescriptor const& field : fields) {
-        trueRecordLength = static_cast<std::uint16_t>(trueRecordLength + field.width);
+        trueRecordLength += field.width;
     }
-    return ByteList()
-        .Byte(version)
-        .Byte(121)
-        .Byte(3)
-        .Byte(15)
+    ByteList file;
+    file.Append({version, 121, 3, 15})
         .Little32(recordCount.value_or(static_cast<std::uint32_t>(rows.size())))
         .Little16(headerLength.value_or(static_cast<std::uint16_t>(trueHeaderLength)))
-        .Little16(recordLength.value_or(trueRecordLength))
+        .Little16(recordLength.value_or(static_cast<std::uint16_t>(trueRecordLength)))
         .Fill(17)
         .Byte(language)
         .Fill(2);
-}
-
-Bytes TableBuilder::Descriptors() const {
-    ByteList bytes;
     for (FieldDescriptor const& field : fields) {
-        bytes.Text(field.name)
-            .Fill(11 - field.name.size())
-            .Byte(static_cast<std::uint8_t>(field.letter))
-            .Fill(4)
-            .Byte(field.width)
-            .Byte(field.decimals)
-            .Fill(14);
+        file.Text(field.name).Fill(11 - field.name.size());
+        file.Byte(static_cast<std::uint8_t>(field.letter)).Fill(4);
+        file.Byte(field.width).Byte(field.decimals).Fill(14);
     }
-    return bytes;
-}
-
-Bytes TableBuilder::Build() const {
-    ByteList file;
-    file.Append(Header()).Append(Descriptors()).Append(terminator);
+    file.Append(terminator);
     for (Bytes const& row : rows) {
         file.Append(row);
     }
     file.Fill(hasEndMark ? 1 : 0, 0x1A).Append(tail);
-    Bytes bytes = file;
-    bytes.resize(std::min(bytes.size(), keptSize.value_or(bytes.size())));
-    return bytes;
+    return file.First(keptSize);
 }
 
 void TableBuilder::WriteTo(std::filesystem::path const& path) const {

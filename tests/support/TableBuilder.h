@@ -21,10 +21,9 @@ public:
     /// Cells that are left out are blank; std::invalid_argument for one that does not fit.
     TableBuilder& Row(std::vector<std::string> const& cells);
     /// A row as it stands in the file, deletion flag included.
-    TableBuilder& RawRow(Bytes const& bytes);
-    /// Sets the deletion flag of the last row.
-    TableBuilder& DeletionFlag(char flag) {
-        return Set(rows.back().front(), static_cast<std::uint8_t>(flag));
+    TableBuilder& RawRow(Bytes const& bytes) {
+        rows.push_back(bytes);
+        return *this;
     }
 
     TableBuilder& Version(std::uint8_t value) { return Set(version, value); }
@@ -44,7 +43,6 @@ public:
     /// Keeps the first `size` bytes of the file.
     TableBuilder& Cut(std::size_t size) { return Set(keptSize, size); }
 
-    std::size_t FieldCount() const { return fields.size(); }
     Bytes Build() const;
     void WriteTo(std::filesystem::path const& path) const;
 
@@ -60,9 +58,6 @@ private:
         std::uint8_t width;
         std::uint8_t decimals;
     };
-
-    Bytes Header() const;
-    Bytes Descriptors() const;
 
     std::vector<FieldDescriptor> fields;
     std::vector<Bytes> rows;

@@ -40,7 +40,7 @@ Bytes ReadFile(std::filesystem::path const& path) {
     if (!file) {
         throw std::runtime_error("can not read " + path.string());
     }
-    return Bytes(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
+    return Bytes(std::istreambuf_iterator<char>(file), {});
 }
 
 } // namespace Ambrel::Test
