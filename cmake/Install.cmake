@@ -19,6 +19,15 @@ set_target_properties(ShpReader PROPERTIES INSTALL_RPATH "$ORIGIN/..")
 
 install(TARGETS AmbrelDLL ShpReaderStatic ambrel-shp EXPORT AmbrelTargets)
 install(TARGETS ShpReader LIBRARY DESTINATION ${plugin_dir})
+# What stands in the archive for optimising across files is of use to the very same compiler alone;
+# others refuse to link it.
+if(CMAKE_OBJCOPY)
+    install(CODE "execute_process(
+        COMMAND \"${CMAKE_OBJCOPY}\" --wildcard --remove-section=.gnu.lto_*
+                --remove-section=.gnu.debuglto_* --strip-symbol=__gnu_lto_*
+                \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_LIBDIR}/$<TARGET_FILE_NAME:ShpReaderStatic>\"
+        COMMAND_ERROR_IS_FATAL ANY)")
+endif()
 install(DIRECTORY host/include/Ambrel TYPE INCLUDE FILES_MATCHING PATTERN "*.h")
 install(DIRECTORY ShpReader TYPE INCLUDE FILES_MATCHING PATTERN "*.h")
 
@@ -68,5 +77,5 @@ set(CPACK_DEBIAN_PACKAGE_SECTION science)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${CMAKE_LIBRARY_OUTPUT_DIRECTORY})
 # What a program needs that is built against the headers.
-set(CPACK_DEBIAN_PACKAGE_SUGGESTS "g++, cmake, qtbase5-dev")
+set(CPACK_DEBIAN_PACKAGE_SUGGESTS "g++, cmake, make, qtbase5-dev")
 include(CPack)

@@ -117,6 +117,10 @@ std::string RangeText(Json const& range) {
 }
 
 std::string ExtentText(Json const& extent) {
+    // Files without geometry state such a box, among them those that are written here.
+    if (extent[0] > extent[2] && extent[1] > extent[3]) {
+        return "none";
+    }
     return "x " + NumberText(extent[0]) + " to " + NumberText(extent[2]) + ", y " +
            NumberText(extent[1]) + " to " + NumberText(extent[3]);
 }

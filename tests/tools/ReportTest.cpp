@@ -51,6 +51,9 @@ TEST_F(Info, SaysWhatIsNotKnown) {
     EXPECT_EQ(layer["extent"].dump(), "[0.0,null,1.0,1.0]");
     EXPECT_EQ(Json({layer["zRange"], layer["measureRange"], layer["crs"], layer["epsg"]}).dump(),
               "[null,null,null,null]");
+    Write(ShapefileBuilder(0).Extent(9, 9, -9, -9));
+    std::string const text = RunTool("map.shp").out;
+    EXPECT_NE(text.find("  extent    none\n"), std::string::npos) << text;
 }
 
 TEST_F(Info, NamesTheGeometryClassOfEveryShapeType) {
