@@ -6,9 +6,6 @@ namespace Ambrel {
 
 namespace {
 
-/// The stored rectangle of any record ends within its first bytes.
-constexpr std::uint32_t bytesWithRectangle = 36;
-
 /// Rectangles that are not empty and have no bound that is not a number.
 bool IsCandidate(BRect const& rectangle) noexcept {
     return rectangle.xMax >= rectangle.xMin && rectangle.yMax >= rectangle.yMin;
@@ -24,7 +21,7 @@ void BShpFile::VisitRecordsInArea(char const* operation, BRect const& area, Visi
     ContentBuffer buffer;
     for (std::uint32_t index = 0; index < recordCount; ++index) {
         BRect const rectangle =
-            GetRecordMBR(ReadRecord(index, access, buffer, false, bytesWithRectangle));
+            GetRecordMBR(ReadRecord(index, access, buffer, false, mostBytesWithBounds));
         if (IsCandidate(rectangle) && area.Meets(rectangle) && !visit(index)) {
             return;
         }

@@ -70,6 +70,7 @@ constexpr std::size_t partStarts = 44;
 
 constexpr std::uint64_t doubleSize = 8;
 constexpr std::uint64_t pointSize = 16;
+static_assert(mostBytesWithBounds == ContentOffset::boxYMax + doubleSize);
 constexpr std::uint64_t partStartSize = 4;
 /// Bounds of measures below this stand for "no data".
 constexpr double noData = -1e38;

@@ -121,6 +121,8 @@ struct RecordBounds {
 };
 /// Nothing for null, multipatch and unknown types, and where the bytes are not there.
 std::optional<RecordBounds> ReadBounds(RecordContent content) noexcept;
+/// The bytes at the start of a content that ReadBounds looks at, at the most.
+constexpr std::uint32_t mostBytesWithBounds = 36;
 
 /// The fields of a point record.
 struct PointRecord {

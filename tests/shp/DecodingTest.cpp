@@ -49,6 +49,11 @@ TEST(DecodingTest, Points) {
     Check({
         {"Z, and a measure that the header's range does not announce",
          ShapefileBuilder(11).Point(1, 2, 5, 7).MRange(0, 0), "point Z[1 2 5]", "ShpMeasures=(7 )"},
+        {"a null shape with longer content",
+         ShapefileBuilder(1).Raw(ByteList().Little32(0).Fill(36, 0xFF)),
+         "none",
+         "",
+         {{LOG_DETAIL, "SHP-Reader: Record 0 has a NULL shape"}}},
         {"M", ShapefileBuilder(pointM).MRange(1, 9), "point[1 2]", "ShpMeasures=(7 )"},
         {"M without a range", ShapefileBuilder(pointM).MRange(0, 0), "point[1 2]"},
         {"limit", ShapefileBuilder(1).Point(1e30, 2), "none", "", noPosition},

@@ -117,9 +117,12 @@ TEST(RecordAccessTest, TellsRecordsOfNoWordsFromRecordsThatAreNotThere) {
 TEST(RecordAccessTest, FollowsTheIndexThroughJunkAndDisorder) {
     ShapefileBuilder builder(1);
     builder.Point(1, 2).IndexOffset(50 + 14 + 500).Junk(Bytes(1000, 0x31)).Point(3, 4);
-    builder.IndexOffset(50).IndexEntry(-1, 10).IndexEntry(50, 0x40000000);
-    OpenShapefile const file(
-        builder.Field("a", 'C', 1).Row({"a"}).Row({"b"}).Row({"c"}).Row({"d"}));
+    builder.IndexOffset(50).Junk(Bytes(33)).IndexEntry(-1, 10).IndexEntry(50, 0x40000000);
+    builder.Field("a", 'C', 1);
+    for (int row = 0; row < 7; ++row) { // more than there are records
+        builder.Row({"a"});
+    }
+    OpenShapefile const file(builder);
     file->LoadIndex();
     BSharedPtr<BVectorLayer> const layer = MakeLayer();
     EXPECT_EQ(file->Read(layer), 0);
