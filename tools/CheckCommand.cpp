@@ -45,7 +45,8 @@ public:
     std::string Oddities() const {
         std::string text;
         if (nullShapes > 0) {
-            text += ", " + std::to_string(nullShapes) + " null shapes";
+            text += ", " + std::to_string(nullShapes) +
+                    (nullShapes == 1 ? " null shape" : " null shapes");
         }
         if (withoutMeasures > 0) {
             text += ", " + std::to_string(withoutMeasures) + " without measures";

@@ -108,7 +108,7 @@ int RunDraw(Console& console, DrawOptions const& options) {
         BVectorLayer& layer = source->Layer();
         LayerStyle const style = StyleOf(layer, options.styles);
         PainterRenderer const renderer(painter, picture->Image(), window, style);
-        failed += !detail::Survives(console, layer.name.Utf8(), [&] {
+        failed += !Survives(console, layer.name.Utf8(), [&] {
             DrawLayer(console, layer, renderer, window.VisibleMap(style.width));
         });
     }

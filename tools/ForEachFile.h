@@ -5,9 +5,8 @@
 
 namespace Ambrel::Tool {
 
-namespace detail {
-
-/// Runs the action and prints what it throws; what stops the tool as a whole goes through.
+/// Runs the action and prints what it throws, naming the file; false then. What stops the tool as a
+/// whole goes through.
 template <class Action>
 bool Survives(Console& console, std::string_view file, Action&& action) {
     try {
@@ -27,8 +26,6 @@ bool Survives(Console& console, std::string_view file, Action&& action) {
     }
 }
 
-} // namespace detail
-
 /// Calls `action(file)` for every file that the paths stand for. Failures are printed, and the
 /// others still get their turn. Returns how many failed.
 template <class Action>
@@ -36,9 +33,9 @@ int ForEachFile(Console& console, std::vector<std::string> const& paths, Action&
     int failed = 0;
     for (std::string const& path : paths) {
         std::vector<BString> files;
-        failed += !detail::Survives(console, path, [&] { files = FilesOf(path); });
+        failed += !Survives(console, path, [&] { files = FilesOf(path); });
         for (BString const& file : files) {
-            failed += !detail::Survives(console, file.Utf8(), [&] { action(file); });
+            failed += !Survives(console, file.Utf8(), [&] { action(file); });
         }
     }
     return failed;
