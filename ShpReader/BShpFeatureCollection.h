@@ -11,8 +11,9 @@ class BShpFile;
 /// moment it is asked. The file stays open as long as a collection holds it.
 ///
 /// Records are counted from 0 in the order of the index. An index that is not below GetCount()
-/// gives BIndexOutOfBoundsException ("Index=%u, NumRecords=%u"), a file that is not open for
-/// reading BReadWriteMismatchException, one that is gone BFileNotFoundException.
+/// gives BIndexOutOfBoundsException: "Index=%u, NumRecords=%u", or from the host's GetAt and
+/// GetGeometryAt "Index=%llu, Count=%llu". A file that is not open for reading gives
+/// BReadWriteMismatchException, one that is gone BFileNotFoundException.
 ///
 /// Threads: several may fetch, select and draw at once, through one collection or several of the
 /// same file. GetFeatureMBRAt is for one thread at a time.

@@ -3,6 +3,7 @@
 #include "Ambrel/BInputFile.h"
 
 #include <algorithm>
+#include <new>
 
 namespace Ambrel {
 
@@ -27,20 +28,22 @@ std::size_t ReadAhead::Read(std::int64_t position, void* destination, std::size_
         return done;
     }
     std::int64_t const next = position + static_cast<std::int64_t>(done);
-    if (largestPiece == 0 || size - done >= largestPiece) {
-        return done + file->Read(next, bytes + done, size - done);
+    bool const isPieceOfUse = largestPiece != 0 && size - done < largestPiece;
+    if (isPieceOfUse && Refill(next, expected - done)) {
+        return done + copyFromPiece(done);
     }
-    Refill(next, expected - done);
-    return done + copyFromPiece(done);
+    return done + file->Read(next, bytes + done, size - done);
 }
 
-std::span<std::uint8_t const> ReadAhead::View(std::int64_t position, std::size_t size,
-                                              std::size_t expected) {
+std::optional<std::span<std::uint8_t const>>
+ReadAhead::View(std::int64_t position, std::size_t size, std::size_t expected) {
     std::span<std::uint8_t const> const held = FindInPiece(position, size);
     if (held.size() == size) {
         return held;
     }
-    Refill(position, std::max(size, expected));
+    if (!Refill(position, std::max(size, expected))) {
+        return std::nullopt;
+    }
     return FindInPiece(position, size);
 }
 
@@ -61,7 +64,7 @@ bool ReadAhead::IsForward(std::int64_t position) const noexcept {
     return size > 0 && position >= start && gap <= std::max<std::int64_t>(size, cheapGap);
 }
 
-void ReadAhead::Refill(std::int64_t position, std::size_t expected) {
+bool ReadAhead::Refill(std::int64_t position, std::size_t expected) {
     std::size_t wanted = std::clamp(expected, std::size_t{1}, largestPiece);
     std::size_t const grown = std::min(2 * filled, largestPiece);
     if (IsForward(position) && grown > wanted && grown - wanted <= allowance) {
@@ -72,11 +75,15 @@ void ReadAhead::Refill(std::int64_t position, std::size_t expected) {
     if (wanted > capacity) {
         capacity = 0;
         piece.reset();
-        piece = std::make_unique_for_overwrite<std::uint8_t[]>(wanted);
+        piece.reset(new (std::nothrow) std::uint8_t[wanted]);
+        if (!piece) {
+            return false;
+        }
         capacity = wanted;
     }
     start = position;
     filled = file->Read(position, piece.get(), wanted);
+    return true;
 }
 
 } // namespace Ambrel

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <span>
 
 namespace Ambrel {
@@ -13,8 +14,9 @@ class BInputFile;
 ///
 /// While reads go forward, the pieces grow, so that a scan takes few system calls; a jump falls
 /// back to what the reader says it will need. What is read ahead in vain is bounded by twice the
-/// file's size, whatever the order of the reads: then nothing is read ahead any more. Nothing is
-/// used that the file did not give: a short read gives less.
+/// file's size, whatever the order of the reads: then nothing is read ahead any more. Where there
+/// is no memory for a piece, reads do without. Nothing is used that the file did not give: a short
+/// read gives less.
 class ReadAhead {
 public:
     /// `largestPiece`: bytes; 0 to read nothing ahead. The file must be open and outlive this;
@@ -25,21 +27,22 @@ public:
 
     /// Copies up to `size` bytes from `position` on, and returns how many the file gave. Of the
     /// bytes from `position` on, `expected` (at least `size`) will be wanted next. A negative
-    /// position gives nothing. May throw std::bad_alloc.
+    /// position gives nothing.
     std::size_t Read(std::int64_t position, void* destination, std::size_t size,
                      std::size_t expected);
 
-    /// As Read, without a copy: the bytes stay valid until the next call of either. REQUIRES:
-    /// CanView(size).
-    std::span<std::uint8_t const> View(std::int64_t position, std::size_t size,
-                                       std::size_t expected);
+    /// As Read, without a copy: the bytes stay valid until the next call of either. Nothing where
+    /// there is no memory for them. REQUIRES: CanView(size).
+    std::optional<std::span<std::uint8_t const>> View(std::int64_t position, std::size_t size,
+                                                      std::size_t expected);
     bool CanView(std::size_t size) const noexcept { return size <= largestPiece; }
 
 private:
     /// What the piece holds of `size` bytes from `position` on.
     std::span<std::uint8_t const> FindInPiece(std::int64_t position,
                                               std::size_t size) const noexcept;
-    void Refill(std::int64_t position, std::size_t expected);
+    /// False, and an empty piece, where there is no memory for one.
+    bool Refill(std::int64_t position, std::size_t expected);
     bool IsForward(std::int64_t position) const noexcept;
 
     BInputFile const* file;

@@ -59,9 +59,10 @@ public:
     std::size_t ReadContent(std::int64_t position, std::uint8_t* destination, std::size_t size) {
         return main.Read(position, destination, size, size);
     }
-    /// The same without a copy, valid until the next call of any of these. REQUIRES:
-    /// CanViewContent(size).
-    std::span<std::uint8_t const> ViewContent(std::int64_t position, std::size_t size) {
+    /// The same without a copy, valid until the next call of any of these; see ReadAhead::View.
+    /// REQUIRES: CanViewContent(size).
+    std::optional<std::span<std::uint8_t const>> ViewContent(std::int64_t position,
+                                                             std::size_t size) {
         return main.View(position, size, size);
     }
     bool CanViewContent(std::size_t size) const noexcept { return main.CanView(size); }

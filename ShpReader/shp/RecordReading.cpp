@@ -69,7 +69,9 @@ RecordContent BShpFile::ReadRecord(std::uint32_t index, RecordAccess& access, Co
         return RecordContent(RecordFault::TooShort);
     }
     if (!reuseBuffers && access.CanViewContent(size)) {
-        return RecordContent(access.ViewContent(contentPosition, size));
+        if (auto const content = access.ViewContent(contentPosition, size)) {
+            return RecordContent(*content);
+        }
     }
     // A record of no bytes does not make the shared buffer come into being.
     bool const hasRoom = reuseBuffers && size == 0 ? buffer.bytes != nullptr : buffer.Provide(size);

@@ -93,11 +93,20 @@ TEST_F(AllocationTest, FetchSelectAndDraw) {
             features->GetAt(0, true);
             std::vector<std::uint64_t> selected;
             features->SelectFeatures(BRect(0, 0, 99, 99), none, selected);
-            features->HasFeaturesInArea(BRect(0, 0, 99, 99), none);
             features->GetFeatureMBRAt(0);
             RecordingRenderer const renderer;
             features->RenderFeatures(selected, &renderer);
         };
+    });
+}
+
+/// A scan that has no memory to read ahead goes on without.
+TEST_F(AllocationTest, Scan) {
+    FailInTurn({}, [this] {
+        auto const file = std::make_shared<BShpFile>();
+        file->Open(path, BShpFile::readMode, true, BString());
+        file->LoadIndex();
+        return [=, this] { EXPECT_TRUE(file->HasFeaturesInArea(BRect(0, 0, 99, 99), none)); };
     });
 }
 
