@@ -11,7 +11,7 @@ class BShpFile;
 /// moment it is asked. The file stays open as long as a collection holds it.
 ///
 /// Records are counted from 0 in the order of the index. An index that is not below GetCount()
-/// gives BIndexOutOfBoundsException: "Index=%u, NumRecords=%u", or from the host's GetAt and
+/// gives BIndexOutOfBoundsException: "Index=%llu, NumRecords=%u", or from the host's GetAt and
 /// GetGeometryAt "Index=%llu, Count=%llu". A file that is not open for reading gives
 /// BReadWriteMismatchException, one that is gone BFileNotFoundException.
 ///

@@ -5,8 +5,9 @@
 // Prints one line for each file and operation: FILE OPERATION SECONDS RATIO. The ratio is that to
 // reading the same bytes, of the files that the operation reads, in pieces of 1 MiB. Both are the
 // best of all rounds (five), and each round has its turn at everything, so that a slow moment of
-// the machine does not fall on one operation alone. Times include opening, and leave out freeing
-// what was read. "rss" is the peak memory of a process of its own that reads the file, in MiB.
+// the machine does not fall on one operation alone. Times of reads, selections and drawings include
+// opening; all leave out freeing what was read. "rss" is the peak memory of a process of its own
+// that reads the file, in MiB.
 // "copy" and "copy-geometry" make a copy, in memory, of what "read" and "read-geometry" made: the
 // part of these that no file is needed for. "draw-nothing" is the plug-in's share of "draw":
 // everything but the painting.

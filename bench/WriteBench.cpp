@@ -11,9 +11,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
-#include <cstring>
 #include <functional>
-#include <string>
 
 namespace Ambrel::Bench {
 

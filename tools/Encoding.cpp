@@ -8,7 +8,6 @@
 #include <QTextCodec>
 
 #include <algorithm>
-#include <array>
 #include <cctype>
 
 namespace Ambrel::Tool {

@@ -20,8 +20,7 @@ namespace {
 namespace fs = std::filesystem;
 
 bool IsCsv(ExportOptions const& options) {
-    return options.format.empty() ? fs::path(options.output).extension() == ".csv"
-                                  : options.format == "csv";
+    return options.format.empty() ? ExtensionOf(options.output) == ".csv" : options.format == "csv";
 }
 
 std::unique_ptr<BTransform> TransformOf(BVectorLayer const& layer) {

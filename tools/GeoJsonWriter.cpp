@@ -4,14 +4,13 @@
 #include "OutputFile.h"
 #include "TextFormat.h"
 
+#include "ShpReader/shp/ShpFormat.h"
+
 #include <cmath>
 
 namespace Ambrel::Tool {
 
 namespace {
-
-/// Measures below this are no data (ESRI Shapefile Technical Description, July 1998, page 2).
-constexpr double noDataBound = -1e38;
 
 void AppendNumberOrNull(std::string& text, double value) {
     if (std::isfinite(value)) {
@@ -188,7 +187,7 @@ void AppendMeasures(std::string& text, BFeature const& feature) {
     for (double const measure : measures->GetValueAsDoubleList({})) {
         text += separator;
         separator = ",";
-        AppendNumberOrNull(text, measure < noDataBound ? std::nan("") : measure);
+        AppendNumberOrNull(text, measure < shpNoData ? std::nan("") : measure);
     }
     text += ']';
 }

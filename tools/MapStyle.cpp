@@ -3,7 +3,6 @@
 #include "Console.h"
 
 #include <charconv>
-#include <cmath>
 
 namespace Ambrel::Tool {
 

@@ -1,6 +1,7 @@
 #include "MapWindow.h"
 
 #include <algorithm>
+#include <limits>
 
 namespace Ambrel::Tool {
 

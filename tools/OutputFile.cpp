@@ -1,8 +1,10 @@
 #include "OutputFile.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <filesystem>
+#include <utility>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -37,6 +39,13 @@ std::string Resolve(std::string const& path) {
 }
 
 } // namespace
+
+std::string ExtensionOf(std::string const& path) {
+    std::string extension = std::filesystem::path(path).extension().string();
+    std::transform(extension.begin(), extension.end(), extension.begin(),
+                   [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; });
+    return extension;
+}
 
 OutputFile::OutputFile(Console& console, std::string newPath)
     : path(std::move(newPath)), sink(&console.out) {

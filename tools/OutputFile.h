@@ -46,4 +46,7 @@ private:
     std::string buffer;
 };
 
+/// The extension of a file to write, with its dot, in lower case.
+std::string ExtensionOf(std::string const& path);
+
 } // namespace Ambrel::Tool

@@ -86,9 +86,7 @@ private:
 } // namespace
 
 std::unique_ptr<Picture> Picture::Make(std::string const& name, int width, int height) {
-    std::string extension = name == "-" ? ".png" : std::filesystem::path(name).extension().string();
-    std::transform(extension.begin(), extension.end(), extension.begin(),
-                   [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; });
+    std::string const extension = name == "-" ? ".png" : ExtensionOf(name);
     if (extension == ".png") {
         return std::make_unique<PngPicture>(width, height);
     }

@@ -49,7 +49,10 @@ BRect ParseWindow(std::string const& text) {
     std::vector<double> const bounds = ParseNumbers<double>("--bbox", text, ',', 4);
     bool const isFinite = std::all_of(bounds.begin(), bounds.end(),
                                       [](double bound) { return std::isfinite(bound); });
-    if (!isFinite || bounds[0] > bounds[2] || bounds[1] > bounds[3]) {
+    if (!isFinite) {
+        throw UsageException("--bbox: \"" + text + "\" is not finite");
+    }
+    if (bounds[0] > bounds[2] || bounds[1] > bounds[3]) {
         throw UsageException("--bbox: \"" + text + "\" has a minimum above its maximum");
     }
     return BRect(bounds[0], bounds[1], bounds[2], bounds[3]);
@@ -129,8 +132,8 @@ void AddCheck(CLI::App& app, Arguments& arguments) {
 }
 
 void AddSelect(CLI::App& app, Arguments& arguments) {
-    CLI::App* const command =
-        app.add_subcommand("select", "Print the indexes of the records that lie in a rectangle");
+    CLI::App* const command = app.add_subcommand(
+        "select", "Print the indexes of the records whose rectangles meet a window");
     command->add_option("PATH", arguments.select.path, pathHelp)->required();
     command->add_option("--bbox", arguments.window, windowHelp)
         ->type_name("XMIN,YMIN,XMAX,YMAX")
@@ -139,8 +142,9 @@ void AddSelect(CLI::App& app, Arguments& arguments) {
 }
 
 void AddDraw(CLI::App& app, Arguments& arguments) {
-    CLI::App* const command =
-        app.add_subcommand("draw", "Draw shapefiles over each other, in the order given");
+    CLI::App* const command = app.add_subcommand(
+        "draw", "Draw shapefiles over each other, in the order given; those of one folder or "
+                "wildcard with areas below lines below points");
     command->add_option("PATH", arguments.draw.paths, pathHelp)->required();
     command
         ->add_option("-o,--output", arguments.draw.output,
@@ -184,7 +188,8 @@ void AddEverything(CLI::App& app, Arguments& arguments) {
                "  ambrel-shp check \"folder/*.shp\"\n"
                "  ambrel-shp select towns.shp --bbox 5,45,11,48\n"
                "  ambrel-shp draw land.shp rivers.shp -o map.png --style \"rivers:color=navy\"\n\n"
-               "Exit code: 0 done, 1 failed (the reason is on standard error), 2 wrong usage.");
+               "Exit code: 0 done, 1 failed (the reason is on standard error), 2 wrong usage, 130 "
+               "stopped.");
 }
 
 /// "map.shp" alone means "info map.shp".

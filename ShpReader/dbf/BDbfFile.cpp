@@ -8,7 +8,6 @@
 #include <QFile>
 #include <QFileInfo>
 
-#include <algorithm>
 #include <array>
 
 namespace Ambrel {

@@ -7,8 +7,9 @@
 #include <cstdint>
 #include <string_view>
 
-/// The layout of a dBASE table file: every offset, width and letter stands here, once. Bytes in,
-/// values out; nothing here opens a file, writes a log line or keeps a state.
+/// The layout of a dBASE table file: every offset, width and letter stands here or in the source
+/// beside it, once. Bytes in, values out; nothing here opens a file, writes a log line or keeps a
+/// state.
 ///
 /// A table is a header, the field descriptors, a terminator, the records and an end byte. Numbers
 /// are little-endian; the fields of a record are text.

@@ -33,8 +33,8 @@ class BRenderer;
 /// own and may run on several threads at once. Everything else is for one thread at a time.
 ///
 /// Every record operation throws BReadWriteMismatchException (with an empty message) in the wrong
-/// mode, and BIndexOutOfBoundsException (operation, "Index=%u, NumRecords=%u") for an index that is
-/// not below the record count.
+/// mode, and BIndexOutOfBoundsException (operation, "Index=%llu, NumRecords=%u") for an index that
+/// is not below the record count.
 class BShpFile {
 public:
     static constexpr std::uint32_t closedMode = 0;
@@ -53,7 +53,7 @@ public:
     /// Does nothing in write mode. Throws BReadWriteMismatchException otherwise.
     virtual void Write();
     /// Appends a null-shape record, and the feature's attribute values to the table. The table must
-    /// have been prepared (PrepareTable). Throws BReadWriteMismatchException, or
+    /// have been prepared (PrepareTable). Throws as WriteNullShape does, and
     /// BAttributeDataException for values that can not be written; the null-shape record stands
     /// then.
     virtual void WriteFeature(BSharedPtr<BFeature> const& feature);
@@ -134,7 +134,8 @@ public:
     void RenderFeatures(std::vector<std::uint64_t> const& indexes, BRenderer const* renderer) const;
 
     /// Prepares the table that is being written for values of this schema: once, before the first
-    /// WriteFeature. Throws as BDbfFile::PrepareForWriting does.
+    /// WriteFeature. Throws BReadWriteMismatchException, BNotOpenException after a failed Open,
+    /// and what BDbfFile::PrepareForWriting throws.
     void PrepareTable(BAttributeDefs const& schema);
     /// The coordinate system to write beside the file. REQUIRES: write mode.
     void SetCoordSys(BSharedPtr<BCoordSys> const& newCoordSys) { coordSys = newCoordSys; }
@@ -229,7 +230,7 @@ private:
     bool hasAttributeZName = false;
     BString attributeZName;
 
-    /// Guards the two buffers: a fetch that fails on one thread frees them while others fetch.
+    /// Guards the index in memory: a fetch that fails on one thread lets it go while others fetch.
     mutable std::mutex bufferLock;
     bool isMainWritten = false; ///< the file has been opened for writing, and so emptied
     bool isIndexWritten = false;

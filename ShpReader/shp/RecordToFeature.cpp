@@ -9,9 +9,6 @@
 #include "ShpReader/shp/MetadataKeys.h"
 #include "ShpReader/shp/RecordFaults.h"
 
-#include <array>
-#include <limits>
-
 namespace Ambrel {
 
 namespace {

@@ -72,8 +72,6 @@ constexpr std::uint64_t doubleSize = 8;
 constexpr std::uint64_t pointSize = 16;
 static_assert(mostBytesWithBounds == ContentOffset::boxYMax + doubleSize);
 constexpr std::uint64_t partStartSize = 4;
-/// Bounds of measures below this stand for "no data".
-constexpr double noData = -1e38;
 
 double LoadDouble(std::uint8_t const* bytes) noexcept {
     return RecordContent(bytes, doubleSize).ReadDouble(0);
@@ -109,7 +107,7 @@ bool ShpFileHeader::HasZ() const noexcept {
 
 bool ShpFileHeader::HasUsableMeasures() const noexcept {
     ShapeType const* const type = FindShapeType(shapeType);
-    bool const isNoData = mMin < noData || mMax < noData;
+    bool const isNoData = mMin < shpNoData || mMax < shpNoData;
     bool const isUnset = mMin == 0.0 && mMax == 0.0;
     return type && type->hasMeasures && !isNoData && !isUnset;
 }

@@ -31,6 +31,9 @@ ShapeType const* FindShapeType(std::int32_t code) noexcept;
 /// The type's name, empty for an unknown code.
 std::string_view ShapeTypeName(std::int32_t code) noexcept;
 
+/// Measures below this stand for "no data".
+constexpr double shpNoData = -1e38;
+
 /// The first 100 bytes of the main file and of the index.
 struct ShpFileHeader {
     static constexpr std::size_t size = 100;

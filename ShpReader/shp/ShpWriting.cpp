@@ -166,7 +166,8 @@ void BShpFile::WriteCompanions() {
                                        prjFileName.Ascii());
     }
     QFile codePage(MakeQString(BFileUtilities::ChangeExtension(fileName, codePageExtension)));
-    if (!codePage.open(QIODevice::WriteOnly) || codePage.write(codePageName) < 0) {
+    if (!codePage.open(QIODevice::WriteOnly) || codePage.write(codePageName) < 0 ||
+        !codePage.flush()) {
         ReportFailedWrite(codePage);
     }
 }

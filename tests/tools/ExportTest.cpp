@@ -208,6 +208,8 @@ TEST_F(Export, WritesAFileForEachLayerOfAFolder) {
     EXPECT_EQ(RunTool("export . -o out --format csv"), Printed(""));
     EXPECT_EQ(TextOf("out/a.csv"), "id,wkt\r\n1,POINT (1 2)\r\n");
     EXPECT_EQ(TextOf("out/b.csv"), "id,wkt\r\n1,POINT (3 4)\r\n");
+    EXPECT_EQ(RunTool("export a.shp -o a.CSV"), Printed(""));
+    EXPECT_EQ(TextOf("a.CSV"), TextOf("out/a.csv"));
     EXPECT_EQ(RunTool("export ."), Failed(2, "usage: . stands for 2 shapefiles; name one of them"));
 }
 

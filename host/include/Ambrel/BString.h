@@ -15,7 +15,7 @@ class QTextCodec;
 
 namespace Ambrel {
 
-/// An immutable text, implicitly shared: a copy costs one atomic increment.
+/// An immutable text, implicitly shared: a copy counts one holder more.
 ///
 /// The text is held decoded, as UTF-8; its wide form is made when it is first asked for. 8-bit text
 /// is decoded when the string is made: with the codec that the application set (SetCodec), else as
