@@ -1,36 +1,12 @@
 #include "BenchHost.h"
 
-#include <Ambrel/Ambrel.h>
+#include "PlugIn.h"
 
-#include <dlfcn.h>
+#include <Ambrel/Ambrel.h>
 
 namespace Ambrel::Bench {
 
 namespace {
-
-/// The plug-in beside this program in the build tree.
-std::string PluginPath() {
-    std::filesystem::path const self = std::filesystem::read_symlink("/proc/self/exe");
-    return self.parent_path().parent_path() / "lib/ambrel/libShpReader.so";
-}
-
-BDataManagerProxy& LoadProxy() {
-    void* const module = dlopen(PluginPath().c_str(), RTLD_NOW | RTLD_LOCAL);
-    if (!module) {
-        throw std::runtime_error(dlerror());
-    }
-    using GetProxy = BDataManagerProxy* (*)();
-    auto const getProxy = reinterpret_cast<GetProxy>(dlsym(module, "GetDataMgrProxy"));
-    if (!getProxy) {
-        throw std::runtime_error(dlerror());
-    }
-    return *getProxy();
-}
-
-BDataManagerProxy& Proxy() {
-    static BDataManagerProxy& proxy = LoadProxy();
-    return proxy;
-}
 
 BParamList OptionsFor(Session::Mode mode) {
     BParamList options;
@@ -42,7 +18,7 @@ BParamList OptionsFor(Session::Mode mode) {
 } // namespace
 
 Session::Session(Mode mode)
-    : proxy(Proxy()),
+    : proxy(Tool::ShapefilePlugIn()),
       reader(proxy.CreateReader(BString(), OptionsFor(mode), nullptr, BLogger::Instance())) {}
 
 Session::~Session() {

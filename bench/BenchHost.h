@@ -2,9 +2,6 @@
 
 #include <Ambrel/BDataManager.h>
 
-#include <filesystem>
-#include <memory>
-#include <stdexcept>
 #include <string>
 
 namespace Ambrel {

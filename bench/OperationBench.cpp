@@ -23,9 +23,11 @@
 #include <cstdio>
 #include <cstdlib>
 #include <fcntl.h>
+#include <filesystem>
 #include <fstream>
 #include <limits>
 #include <map>
+#include <stdexcept>
 #include <string>
 #include <unistd.h>
 #include <vector>

@@ -157,11 +157,10 @@ int RunExport(Console& console, ExportOptions const& options) {
     if (fs::is_directory(options.output, error)) {
         return ExportToFolder(console, options);
     }
-    return ForEachFile(
-               console, {std::string(TheFileOf(options.path).Utf8())},
-               [&](BString const& file) { ExportFile(console, file, options.output, options); }) > 0
-               ? EXIT_PROBLEM
-               : EXIT_OK;
+    BString const file = TheFileOf(options.path);
+    bool const isDone =
+        Survives(console, file.Utf8(), [&] { ExportFile(console, file, options.output, options); });
+    return isDone ? EXIT_OK : EXIT_PROBLEM;
 }
 
 } // namespace Ambrel::Tool

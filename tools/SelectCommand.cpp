@@ -8,7 +8,7 @@ namespace Ambrel::Tool {
 
 int RunSelect(Console& console, SelectOptions const& options) {
     BString const file = TheFileOf(options.path);
-    int const failed = ForEachFile(console, {std::string(file.Utf8())}, [&](BString const&) {
+    bool const isDone = Survives(console, file.Utf8(), [&] {
         Source source(console, file, {.useAttributes = false});
         std::vector<std::uint64_t> records;
         source.Layer().GetFeatures().SelectFeatures(options.window, BParamList(), records);
@@ -26,7 +26,7 @@ int RunSelect(Console& console, SelectOptions const& options) {
         }
         output.Commit();
     });
-    return failed > 0 ? EXIT_PROBLEM : EXIT_OK;
+    return isDone ? EXIT_OK : EXIT_PROBLEM;
 }
 
 } // namespace Ambrel::Tool
