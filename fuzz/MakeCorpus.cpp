@@ -18,14 +18,15 @@ constexpr char const* prj =
 Bytes SourceInput(ShapefileBuilder const& builder, std::uint8_t options) {
     ByteList input;
     input.Byte(options);
-    Bytes const companions[] = {builder.Index(), builder.TableFile(), ByteList().Text(prj)};
-    for (Bytes const& companion : companions) {
-        input.Little16(static_cast<std::uint16_t>(companion.size()));
+    std::map<std::string, Bytes> files = builder.Files();
+    files[".prj"] = ByteList().Text(prj);
+    for (char const* const extension : {".shx", ".dbf", ".prj"}) {
+        input.Little16(static_cast<std::uint16_t>(files[extension].size()));
     }
-    for (Bytes const& companion : companions) {
-        input.Append(companion);
+    for (char const* const extension : {".shx", ".dbf", ".prj", ".shp"}) {
+        input.Append(files[extension]);
     }
-    return input.Append(builder.MainFile());
+    return input;
 }
 
 void WriteSeedsOf(std::int32_t shapeType, fs::path const& folder) {
@@ -33,10 +34,14 @@ void WriteSeedsOf(std::int32_t shapeType, fs::path const& folder) {
     std::string const name = std::to_string(shapeType);
     WriteFile(folder / "source" / name, SourceInput(builder, 0));
     WriteFile(folder / "source" / (name + "-z"), SourceInput(builder, 2));
-    WriteFile(folder / "table" / name, builder.TableFile());
+    WriteFile(folder / "table" / name, builder.Files()[".dbf"]);
+    Bytes const main = builder.Files()[".shp"];
     for (std::size_t i = 0; i < builder.RecordCount(); ++i) {
+        auto const [start, size] = builder.PlaceOf(i);
+        auto const record = main.begin() + static_cast<std::ptrdiff_t>(start);
         ByteList input;
-        input.Byte(static_cast<std::uint8_t>(shapeType / 10)).Append(builder.ContentAt(i));
+        input.Byte(static_cast<std::uint8_t>(shapeType / 10));
+        input.Append({record + 8, record + static_cast<std::ptrdiff_t>(size)});
         WriteFile(folder / "decoders" / (name + "-" + std::to_string(i)), input);
     }
 }

@@ -111,7 +111,7 @@ TEST_F(RecordReading, ValuesAreAppendedAndDefaultsReplaceTheList) {
     table->ReadAttributeRecord(0, attributes, true);
     EXPECT_EQ(attributes.GetCount(), 7U);
     LogCapture const log;
-    Open(Rows(3).Tail({0}), false);
+    Open(Rows(3).End({0x1A, 0}), false);
     table->ReadAttributeRecord(0, attributes, true);
     EXPECT_EQ(TextsOf(attributes), defaults);
     EXPECT_STREQ(attributes.GetAt(5).GetName().Ascii(), "REAL");
@@ -146,7 +146,7 @@ TEST_F(RecordReading, RecordsBeyondTwoGibibytesAreFound) {
     // 3 GiB in 60,000 records, of which only the last one is written.
     constexpr std::uint32_t count = 60000;
     constexpr std::uint16_t length = 53687;
-    TableBuilder builder = TableBuilder().Field("TEXT", 'C', 4).EndMark(false);
+    TableBuilder builder = TableBuilder().Field("TEXT", 'C', 4).End({});
     builder.RecordCount(count).RecordLength(length).WriteTo(file);
     std::filesystem::resize_file(file, 65 + std::uintmax_t{count} * length);
     std::fstream stream(file, std::ios::in | std::ios::out | std::ios::binary);

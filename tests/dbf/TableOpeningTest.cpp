@@ -96,12 +96,12 @@ TEST_F(TableOpening, BadHeadersAreRefused) {
 TEST_F(TableOpening, SizeDecidesWhetherRecordsAreRead) {
     std::tuple<char const*, TableBuilder, bool> const cases[] = {
         {"as stated", TenRecords(), true},
-        {"no end byte", TenRecords().EndMark(false), true},
+        {"no end byte", TenRecords().End({}), true},
         {"deletion flag not counted", TenRecords().RecordLength(5), true},
-        {"neither", TenRecords().RecordLength(5).EndMark(false), true},
+        {"neither", TenRecords().RecordLength(5).End({}), true},
         // 10 + 2^31 records of six bytes are ten records more than 3 * 2^32 bytes.
         {"size beyond 32 bits", TenRecords().RecordCount(0x8000000A), true},
-        {"a byte more", TenRecords().Tail({0}), false},
+        {"a byte more", TenRecords().End({0x1A, 0}), false},
         {"a byte less", TenRecords().Cut(65 + 10 * 6 - 1), false},
         {"a record less", TenRecords().RecordCount(11), false},
     };

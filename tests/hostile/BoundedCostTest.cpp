@@ -52,7 +52,7 @@ TEST_F(BoundedCostTest, CountsThatLie) {
         content.Little32(5).Reals({0, 0, 1, 1}).Little32(parts).Little32(points).Fill(40);
         builder.Raw(content);
     }
-    builder.Point(1, 2).IndexLength(0x7FFFFFFF).Point(3, 4).IndexLength(-1);
+    builder.Point(1, 2).IndexLength(0x7FFFFFFF).Point(3, 4).IndexLength(-1U);
     LiveWithin(4, 5, builder, 9);
 }
 
@@ -61,7 +61,7 @@ TEST_F(BoundedCostTest, CountsThatLie) {
 TEST_F(BoundedCostTest, IndexEntriesThatAllNameOneLargeRecord) {
     ShapefileBuilder builder(3);
     builder.Polyline({Vertices(65536, {1, 2})});
-    auto const words = static_cast<std::int32_t>(builder.ContentAt(0).size() / 2);
+    auto const words = static_cast<std::uint32_t>(builder.PlaceOf(0).second / 2 - 4);
     TableBuilder table;
     table.Field("a", 'C', 1).Row({"x"});
     for (int i = 1; i < 20000; ++i) {
@@ -114,10 +114,10 @@ TEST_F(BoundedCostTest, MillionParts) {
 
 /// The last position that an index entry can name, in a file that is mostly a hole.
 TEST_F(BoundedCostTest, MainFileOfAlmostFourGibibytes) {
-    constexpr std::int32_t lastOffset = 0x7FFFFFF0;
+    constexpr std::uint32_t lastOffset = 0x7FFFFFF0;
     ShapefileBuilder builder(1);
     builder.Point(1, 2).Point(3, 4).IndexOffset(lastOffset);
-    Bytes const main = builder.MainFile();
+    Bytes const main = builder.Files()[".shp"];
     path = builder.WriteTo(folder, "file");
     std::FILE* const file = std::fopen(path.Ascii(), "r+b");
     std::fseek(file, 2L * lastOffset, SEEK_SET);

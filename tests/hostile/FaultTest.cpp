@@ -60,7 +60,7 @@ TEST(FaultTest, FilesMayChangeWhileTheyAreOpen) {
     Faults faults = Impostors();
     faults.push_back({"gone", [](fs::path const&) {}});
     faults.push_back(
-        {"replaced", [](fs::path const& path) { WriteFile(path, SmallFile(8).MainFile()); }});
+        {"replaced", [](fs::path const& path) { WriteFile(path, SmallFile(8).Files()[".shp"]); }});
     for (Fault& fault : faults) {
         fault.put = [put = fault.put](fs::path const& path) { fs::remove(path), put(path); };
     }
@@ -108,12 +108,12 @@ TEST(FaultTest, HandlesMayRunOut) {
 TEST(FaultTest, HandlesAreClosed) {
     Fuzz::SilentLog const silence;
     TemporaryFolder const folder;
-    ShapefileBuilder const builders[] = {SmallFile(15), SmallFile(15).Version(7),
-                                         SmallFile(15).WithoutIndex(), SmallFile(15).WithoutTable(),
-                                         SmallFile(15).Table(TableBuilder().HeaderLength(1)),
-                                         SmallFile(15).Raw(ByteList().Little32(31)),
-                                         // A record without a row.
-                                         SmallFile(15).Null()};
+    ShapefileBuilder const builders[] = {
+        SmallFile(15), SmallFile(15).Version(7), SmallFile(15).Without(".shx"),
+        SmallFile(15).Without(".dbf"), SmallFile(15).Table(TableBuilder().HeaderLength(1)),
+        SmallFile(15).Raw(ByteList().Little32(31)),
+        // A record without a row.
+        SmallFile(15).Null()};
     std::vector<BString> paths;
     for (ShapefileBuilder const& builder : builders) {
         paths.push_back(builder.WriteTo(folder, "file" + std::to_string(paths.size())));

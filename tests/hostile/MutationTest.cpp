@@ -2,72 +2,39 @@
 
 #include "HostileSupport.h"
 
-#include <map>
-#include <optional>
-
 namespace Ambrel::Test {
 
 namespace {
 
-/// What a record is, or the class of what was thrown.
-std::string Fetch(BShpFile& file, std::size_t index, bool complete) {
-    try {
-        BSharedPtr<BFeature> const feature =
-            file.ReadFeature(static_cast<std::uint32_t>(index), complete);
-        return TextOf(*feature) + Fuzz::TextOf(feature->attributes);
-    } catch (BException const& failure) {
-        return failure.GetClassName();
-    }
-}
-
 class MutationTest : public testing::TestWithParam<std::int32_t> {
 protected:
-    MutationTest() : builder(SmallFile(GetParam())), path(builder.WriteTo(folder, "file")) {
-        files = {
-            {".shp", builder.MainFile()}, {".shx", builder.Index()}, {".dbf", builder.TableFile()}};
+    /// What each record is, with or without its attributes, or the class of what was thrown.
+    Texts Records(bool complete) const {
+        Texts texts;
         BShpFile file;
         file.Open(path, BShpFile::readMode, true, BString());
-        for (std::size_t i = 0; i < builder.RecordCount(); ++i) {
-            geometries.push_back(Fetch(file, i, false));
-            completed.push_back(Fetch(file, i, true));
+        for (std::uint32_t i = 0; i < file.GetRecordCount(); ++i) {
+            try {
+                BSharedPtr<BFeature> const feature = file.ReadFeature(i, complete);
+                texts.push_back(TextOf(*feature) + Fuzz::TextOf(feature->attributes));
+            } catch (BException const& failure) {
+                texts.emplace_back(failure.GetClassName());
+            }
         }
+        return texts;
     }
 
     /// Whether a record's geometry may change with the bytes from `first` up to before `end`. The
     /// header of the index is never looked at, nor is most of that of the main file.
     bool Concerns(std::string const& extension, std::size_t record, std::size_t first,
                   std::size_t end) const {
-        constexpr std::size_t shapeType = 32;
-        constexpr std::size_t measureRange = 84;
         bool const isMain = extension == ".shp";
-        std::size_t start = 100;
-        for (std::size_t i = 0; i < record; ++i) {
-            start += isMain ? 8 + builder.ContentAt(i).size() : 8;
-        }
-        std::size_t const size = isMain ? 8 + builder.ContentAt(record).size() : 8;
-        bool const isHeader =
-            isMain && first < 100 &&
-            ((first >= shapeType && first < shapeType + 4) || first >= measureRange);
-        return extension != ".dbf" && (isHeader || (first < start + size && end > start));
-    }
-
-    /// Cuts the file before the byte, or sets that to a value, lives through it, and holds the
-    /// records that it does not concern against what they were.
-    void Damage(std::string const& extension, std::size_t position,
-                std::optional<std::uint8_t> value) {
-        SCOPED_TRACE(extension + " at " + std::to_string(position) +
-                     (value ? " set to " + std::to_string(*value) : " cut"));
-        Bytes bytes = files[extension];
-        if (value) {
-            bytes[position] = *value;
-        } else {
-            bytes.resize(position);
-        }
-        Replace(extension, bytes);
-        if (LiveThrough(path).isOpened) {
-            ExpectTheRestUnchanged(extension, position, value ? position + 1 : SIZE_MAX);
-        }
-        Replace(extension, files[extension]);
+        auto const [start, size] =
+            isMain ? builder.PlaceOf(record) : std::pair(100 + 8 * record, std::size_t{8});
+        bool const isShapeType = first >= 32 && first < 36;
+        bool const isMeasureRange = first >= 84 && first < 100;
+        return extension != ".dbf" && ((isMain && (isShapeType || isMeasureRange)) ||
+                                       (first < start + size && end > start));
     }
 
     /// A new file: to empty one that was just written makes some file systems wait for the disk.
@@ -77,34 +44,41 @@ protected:
         WriteFile(target, bytes);
     }
 
-    void ExpectTheRestUnchanged(std::string const& extension, std::size_t first, std::size_t end) {
+    /// The file has changed from `first` up to before `end`.
+    void LiveThroughChange(std::string const& extension, std::size_t first, std::size_t end) const {
+        if (!LiveThrough(path).isOpened) {
+            return;
+        }
         bool const isTable = extension == ".dbf";
-        BShpFile file;
-        file.Open(path, BShpFile::readMode, true, BString());
-        for (std::size_t i = 0; i < completed.size() && i < file.GetRecordCount(); ++i) {
+        Texts const& expected = isTable ? geometries : completed;
+        Texts const found = Records(!isTable);
+        for (std::size_t i = 0; i < std::min(found.size(), expected.size()); ++i) {
             if (!Concerns(extension, i, first, end)) {
-                EXPECT_EQ(Fetch(file, i, !isTable), isTable ? geometries[i] : completed[i]);
+                EXPECT_EQ(found[i], expected[i]) << "record " << i;
             }
         }
     }
 
     Fuzz::SilentLog silence;
     TemporaryFolder folder;
-    ShapefileBuilder builder;
-    BString path;
-    std::map<std::string, Bytes> files;
-    Texts geometries;
-    Texts completed;
+    ShapefileBuilder builder = SmallFile(GetParam());
+    BString path = builder.WriteTo(folder, "file");
+    Texts geometries = Records(false);
+    Texts completed = Records(true);
 };
 
 TEST_P(MutationTest, LeavesTheRestAsItIs) {
-    for (auto const& [extension, bytes] : files) {
+    for (auto const& [extension, bytes] : builder.Files()) {
         for (std::size_t position = 0; position < bytes.size(); ++position) {
-            Damage(extension, position, std::nullopt);
+            SCOPED_TRACE(extension + " at " + std::to_string(position));
+            Replace(extension, ByteList().Append(bytes).Cut(position));
+            LiveThroughChange(extension, position, SIZE_MAX);
             for (std::uint8_t const value : {0x00, 0x7F, 0x80, 0xFF}) {
-                Damage(extension, position, value);
+                Replace(extension, ByteList().Append(bytes).Put(position, {value}));
+                LiveThroughChange(extension, position, position + 1);
             }
         }
+        Replace(extension, bytes);
     }
 }
 

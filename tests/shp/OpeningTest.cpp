@@ -64,7 +64,8 @@ TEST(OpeningTest, LayersAndCollectionsFollowTheHeader) {
 
 TEST(OpeningTest, CountsRecordsByTheSizeOfTheIndex) {
     for (auto const& [size, count] : {std::pair{0U, 0U}, {99U, 0U}, {107U, 0U}, {108U, 1U}}) {
-        OpenShapefile const file(Diagonal(1).FileLength(0).CutIndex(size));
+        // The length that the header states is not asked.
+        OpenShapefile const file(Diagonal(1).PatchHeader(24, Bytes(4)).Cut(".shx", size));
         EXPECT_EQ(file->GetRecordCount(), count) << size;
     }
 }
@@ -74,17 +75,17 @@ TEST(OpeningTest, RefusesWithTheFileAtFault) {
     TemporaryFolder const folder;
     auto const open = [&](BString const& path) { BShpFile().Open(path, 1, true, ""); };
     ShapefileBuilder const badHeaders[] = {
-        ShapefileBuilder(1).FileCode(9993),
-        ShapefileBuilder(1).Version(999).WithoutIndex(),
-        ShapefileBuilder(1).CutMainFile(99).WithoutTable(),
-        ShapefileBuilder(1).CutMainFile(0),
+        ShapefileBuilder(1).PatchHeader(3, {0x09}),
+        ShapefileBuilder(1).Version(999).Without(".shx"),
+        ShapefileBuilder(1).Cut(".shp", 99).Without(".dbf"),
+        ShapefileBuilder(1).Cut(".shp", 0),
     };
     for (ShapefileBuilder const& bad : badHeaders) {
         BString const path = bad.WriteTo(folder, "bad");
         EXPECT_BEXCEPTION(open(path), BFileContentNotValidException, "BShpFile::GetHeader", path);
     }
-    ShapefileBuilder const withoutTable = ShapefileBuilder(1).WithoutTable();
-    ShapefileBuilder(withoutTable).WithoutIndex().WriteTo(folder, "none");
+    ShapefileBuilder const withoutTable = ShapefileBuilder(1).Without(".dbf");
+    ShapefileBuilder(withoutTable).Without(".shx").WriteTo(folder, "none");
     withoutTable.WriteTo(folder, "table");
     for (auto const& [opened, missing] : {std::pair{"nothing.shp", "nothing.shp"},
                                           {"none.shp", "none.shx"},
@@ -106,7 +107,7 @@ TEST(OpeningTest, FindsCompanionsWhateverTheirLetterCase) {
 
 TEST(OpeningTest, OpensWithoutACoordinateSystemThatNobodyCanParse) {
     LogCapture const log;
-    OpenShapefile const file(ShapefileBuilder(1).Prj("nonsense"));
+    OpenShapefile const file(ShapefileBuilder(1).File(".prj", "nonsense"));
     EXPECT_FALSE(file->GetCoordSys());
     EXPECT_EQ(log.TextsOf(LOG_WARNING), Texts{"SHP-Reader: Failed to load coordinate system"});
 }
@@ -122,7 +123,7 @@ TEST(OpeningTest, OpensOnce) {
 /// A failed Open keeps the mode that was asked for; what comes after must not trip over it.
 TEST(OpeningTest, StaysHarmlessAfterAFailedOpen) {
     TemporaryFolder const folder;
-    BString const path = Diagonal(1).WithoutTable().WriteTo(folder, "a");
+    BString const path = Diagonal(1).Without(".dbf").WriteTo(folder, "a");
     BSharedPtr<BVectorLayer> layer = MakeLayer();
     BShpFile file;
     EXPECT_THROW(file.Open(path, 1, true, ""), BFileNotFoundException);

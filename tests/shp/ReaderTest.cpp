@@ -174,7 +174,7 @@ TEST_F(ReaderTest, ReadsAttributesUnlessTold) {
 TEST_F(ReaderTest, MakesALayerForEachFile) {
     Diagonal(1).Extent(0, 0, 1, 1).WriteTo(folder, "c");
     Diagonal(2).Extent(5, -5, 6, 0).WriteTo(folder, "a");
-    Diagonal(3).WithoutTable().WriteTo(folder, "b");
+    Diagonal(3).Without(".dbf").WriteTo(folder, "b");
     EXPECT_BEXCEPTION(reader->Open(folderPath, BParamList()), BFileNotFoundException,
                       "BShpFile::Open", folder.File("b.dbf"));
     EXPECT_FALSE(reader->IsOpen());

@@ -117,7 +117,7 @@ TEST(RecordAccessTest, TellsRecordsOfNoWordsFromRecordsThatAreNotThere) {
 TEST(RecordAccessTest, FollowsTheIndexThroughJunkAndDisorder) {
     ShapefileBuilder builder(1);
     builder.Point(1, 2).IndexOffset(50 + 14 + 500).Junk(Bytes(1000, 0x31)).Point(3, 4);
-    builder.IndexOffset(50).Junk(Bytes(33)).IndexEntry(-1, 10).IndexEntry(50, 0x40000000);
+    builder.IndexOffset(50).Junk(Bytes(33)).IndexEntry(-1U, 10).IndexEntry(50, 0x40000000);
     builder.Field("a", 'C', 1);
     for (int row = 0; row < 7; ++row) { // more than there are records
         builder.Row({"a"});

@@ -4,7 +4,7 @@
 #include <bit>
 #include <cstddef>
 #include <cstdint>
-#include <optional>
+#include <stdexcept>
 #include <string_view>
 #include <vector>
 
@@ -46,12 +46,21 @@ public:
         bytes.insert(bytes.end(), other.begin(), other.end());
         return *this;
     }
-    std::size_t Size() const { return bytes.size(); }
-    /// So many of them at the most, from the start; all without a size.
-    Bytes First(std::optional<std::size_t> size) const {
-        auto const count = std::min(bytes.size(), size.value_or(bytes.size()));
-        return Bytes(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(count));
+    /// Puts bytes over those at an offset; std::invalid_argument where there are none.
+    ByteList& Put(std::size_t offset, Bytes const& others) {
+        if (offset + others.size() > bytes.size()) {
+            throw std::invalid_argument("there are no bytes to put others over");
+        }
+        std::copy(others.begin(), others.end(),
+                  bytes.begin() + static_cast<std::ptrdiff_t>(offset));
+        return *this;
     }
+    /// Keeps the first `size` bytes.
+    ByteList& Cut(std::size_t size) {
+        bytes.resize(std::min(size, bytes.size()));
+        return *this;
+    }
+    std::size_t Size() const { return bytes.size(); }
     operator Bytes const&() const { return bytes; }
 
 private:

@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <stdexcept>
-#include <utility>
 
 namespace Ambrel::Test {
 
@@ -13,19 +12,20 @@ namespace {
 constexpr std::size_t headerSize = 100;
 constexpr std::size_t recordHeaderSize = 8;
 
-} // namespace
+std::uint32_t Words(std::size_t bytes) {
+    return static_cast<std::uint32_t>(bytes / 2);
+}
 
-ShapefileBuilder::Range ShapefileBuilder::RangeOf(Reals const& values) {
-    Range range = values.empty() ? Range() : Range(values[0], values[0]);
-    for (double const value : values) {
-        range = {std::min(range.first, value), std::max(range.second, value)};
+/// Lowest and highest, 0 to 0 of nothing.
+std::pair<double, double> RangeOf(Reals const& values) {
+    if (values.empty()) {
+        return {0, 0};
     }
-    return range;
+    auto const [lowest, highest] = std::minmax_element(values.begin(), values.end());
+    return {*lowest, *highest};
 }
 
-std::uint32_t ShapefileBuilder::Variant(std::uint32_t type) const {
-    return type + (HasZ() ? 10 : 0) + (HasM() ? 20 : 0);
-}
+} // namespace
 
 ShapefileBuilder& ShapefileBuilder::Point(double x, double y, std::optional<double> z,
                                           std::optional<double> m) {
@@ -71,9 +71,9 @@ ShapefileBuilder& ShapefileBuilder::AddShape(std::uint32_t type, ByteList const&
                                              Vertices const& vertices, Reals const& z,
                                              Reals const& m) {
     std::array<Reals, 4> values{Reals(), Reals(), z, m};
-    ByteList positions;
+    ByteList xy;
     for (Vertex const& vertex : vertices) {
-        positions.Real(vertex.x).Real(vertex.y);
+        xy.Real(vertex.x).Real(vertex.y);
         values[0].push_back(vertex.x);
         values[1].push_back(vertex.y);
     }
@@ -83,10 +83,7 @@ ShapefileBuilder& ShapefileBuilder::AddShape(std::uint32_t type, ByteList const&
     auto const [xMin, xMax] = RangeOf(values[0]);
     auto const [yMin, yMax] = RangeOf(values[1]);
     ByteList content;
-    content.Little32(Variant(type))
-        .Reals({xMin, yMin, xMax, yMax})
-        .Append(counts)
-        .Append(positions);
+    content.Little32(Variant(type)).Reals({xMin, yMin, xMax, yMax}).Append(counts).Append(xy);
     for (std::size_t i : {2U, 3U}) {
         if (!values[i].empty() && values[i].size() != vertices.size()) {
             throw std::invalid_argument("as many values as vertices are needed");
@@ -103,96 +100,72 @@ ShapefileBuilder& ShapefileBuilder::AddShape(std::uint32_t type, ByteList const&
 }
 
 ShapefileBuilder& ShapefileBuilder::Raw(Bytes const& content) {
-    records.push_back({std::exchange(junk, ByteList()), content, {}, {}, {}, {}});
+    positions.push_back(records.Size());
+    entries.Big32(Words(headerSize + records.Size())).Big32(Words(content.size()));
+    records.Big32(static_cast<std::uint32_t>(positions.size())).Big32(Words(content.size()));
+    records.Append(content);
     return *this;
 }
 
-ShapefileBuilder& ShapefileBuilder::Patch(std::size_t offset, Bytes const& bytes) {
-    Bytes& content = records.back().content;
-    if (offset + bytes.size() > content.size()) {
-        throw std::invalid_argument("the patch lies outside the record's content");
-    }
-    std::copy(bytes.begin(), bytes.end(), content.begin() + static_cast<std::ptrdiff_t>(offset));
+ShapefileBuilder& ShapefileBuilder::Junk(Bytes const& bytes) {
+    records.Append(bytes);
     return *this;
 }
 
-ByteList ShapefileBuilder::Header(std::size_t bodySize) const {
-    std::array<Range, 4> ranges;
-    for (std::size_t i = 0; i < ranges.size(); ++i) {
-        ranges[i] = statedRanges[i].value_or(RangeOf(shown[i]));
-    }
-    auto const& [x, y, z, m] = ranges;
-    auto const words = static_cast<std::int32_t>((headerSize + bodySize) / 2);
-    return ByteList()
-        .Big32(static_cast<std::uint32_t>(fileCode))
-        .Fill(20)
-        .Big32(static_cast<std::uint32_t>(fileLength.value_or(words)))
-        .Little32(static_cast<std::uint32_t>(version))
-        .Little32(static_cast<std::uint32_t>(shapeType))
-        .Reals({x.first, y.first, x.second, y.second, z.first, z.second, m.first, m.second});
+ShapefileBuilder& ShapefileBuilder::CutContent(std::size_t size) {
+    records.Cut(positions.back() + recordHeaderSize + size);
+    return ContentLength(Words(size)).IndexLength(Words(size));
 }
 
-Bytes ShapefileBuilder::MainFile() const {
-    ByteList body;
-    std::uint32_t nextNumber = 1;
-    for (Record const& record : records) {
-        std::uint32_t const words = static_cast<std::uint32_t>(record.content.size() / 2);
-        body.Append(record.junkBefore)
-            .Big32(record.number.value_or(nextNumber++))
-            .Big32(record.contentWords.value_or(words))
-            .Append(record.content);
-    }
-    body.Append(junk);
-    return Header(body.Size()).Append(body).First(mainFileSize);
+std::pair<std::size_t, std::size_t> ShapefileBuilder::PlaceOf(std::size_t record) const {
+    std::size_t const end = record + 1 < positions.size() ? positions[record + 1] : records.Size();
+    return {headerSize + positions[record], end - positions[record]};
 }
 
-Bytes ShapefileBuilder::Index() const {
-    ByteList entries;
-    std::size_t position = headerSize;
-    for (Record const& record : records) {
-        position += record.junkBefore.size();
-        auto const offset = static_cast<std::int32_t>(position / 2);
-        auto const words = static_cast<std::int32_t>(record.content.size() / 2);
-        entries.Big32(static_cast<std::uint32_t>(record.indexOffset.value_or(offset)))
-            .Big32(static_cast<std::uint32_t>(record.indexWords.value_or(words)));
-        position += recordHeaderSize + record.content.size();
+Bytes ShapefileBuilder::WithHeader(ByteList const& body) const {
+    auto const [xMin, xMax] = RangeOf(shown[0]);
+    auto const [yMin, yMax] = RangeOf(shown[1]);
+    auto const [zMin, zMax] = RangeOf(shown[2]);
+    auto const [mMin, mMax] = RangeOf(shown[3]);
+    ByteList file;
+    file.Big32(9994).Fill(20).Big32(Words(headerSize + body.Size()));
+    file.Little32(1000).Little32(static_cast<std::uint32_t>(shapeType));
+    file.Reals({xMin, yMin, xMax, yMax, zMin, zMax, mMin, mMax});
+    for (auto const& [offset, bytes] : headerPatches) {
+        file.Put(offset, bytes);
     }
-    for (Entry const& entry : extraEntries) {
-        entries.Big32(static_cast<std::uint32_t>(entry.offset))
-            .Big32(static_cast<std::uint32_t>(entry.length));
-    }
-    return Header(entries.Size()).Append(entries).First(indexSize);
+    return file.Append(body);
 }
 
-Bytes ShapefileBuilder::TableFile() const {
-    if (hasOwnTable) {
-        return table.Build();
-    }
+TableBuilder ShapefileBuilder::NumberedRows() const {
     TableBuilder ids;
     ids.Field("id", 'N', 9);
-    for (std::size_t i = 1; i <= records.size(); ++i) {
+    for (std::size_t i = 1; i <= positions.size(); ++i) {
         ids.Row({std::to_string(i)});
     }
-    return ids.Build();
+    return ids;
+}
+
+std::map<std::string, Bytes> ShapefileBuilder::Files() const {
+    std::map<std::string, Bytes> files = companions;
+    files[".shp"] = WithHeader(records);
+    files[".shx"] = WithHeader(entries);
+    files[".dbf"] = table.value_or(NumberedRows()).Build();
+    for (auto const& [extension, size] : sizes) {
+        files[extension].resize(size);
+    }
+    for (std::string const& extension : missing) {
+        files.erase(extension);
+    }
+    return files;
 }
 
 BString ShapefileBuilder::WriteTo(std::filesystem::path const& folder,
                                   std::string const& baseName) const {
-    auto const pathOf = [&](char const* extension) { return folder / (baseName + extension); };
-    WriteFile(pathOf(".shp"), MainFile());
-    if (hasIndex) {
-        WriteFile(pathOf(".shx"), Index());
+    for (auto const& [extension, bytes] : Files()) {
+        WriteFile(folder / (baseName + extension), bytes);
     }
-    if (hasTable) {
-        WriteFile(pathOf(".dbf"), TableFile());
-    }
-    if (prj) {
-        WriteFile(pathOf(".prj"), ByteList().Text(*prj));
-    }
-    if (cpg) {
-        WriteFile(pathOf(".cpg"), ByteList().Text(*cpg));
-    }
-    return BString::FromUtf8(pathOf(".shp").string());
+    return BString::FromUtf8((folder / (baseName + ".shp")).string());
 }
 
 } // namespace Ambrel::Test

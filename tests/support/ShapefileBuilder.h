@@ -8,9 +8,9 @@
 #include <array>
 #include <cstdint>
 #include <filesystem>
+#include <map>
 #include <optional>
 #include <string>
-#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -38,18 +38,23 @@ class ShapefileBuilder {
 public:
     explicit ShapefileBuilder(std::int32_t shapeType) : shapeType(shapeType) {}
 
-    /// The main file's header in place of what follows from the records.
-    ShapefileBuilder& FileCode(std::int32_t value) { return Set(fileCode, value); }
-    ShapefileBuilder& Version(std::int32_t value) { return Set(version, value); }
-    ShapefileBuilder& FileLength(std::int32_t words) { return Set(fileLength, words); }
+    /// What the headers of the main file and of the index state, in place of what follows from the
+    /// records.
+    ShapefileBuilder& PatchHeader(std::size_t offset, Bytes const& bytes) {
+        headerPatches.emplace_back(offset, bytes);
+        return *this;
+    }
+    ShapefileBuilder& Version(std::uint32_t value) {
+        return PatchHeader(28, ByteList().Little32(value));
+    }
     ShapefileBuilder& Extent(double xMin, double yMin, double xMax, double yMax) {
-        return Set(statedRanges[0], Range(xMin, xMax)).Set(statedRanges[1], Range(yMin, yMax));
+        return PatchHeader(36, ByteList().Reals({xMin, yMin, xMax, yMax}));
     }
     ShapefileBuilder& ZRange(double min, double max) {
-        return Set(statedRanges[2], Range(min, max));
+        return PatchHeader(68, ByteList().Reals({min, max}));
     }
     ShapefileBuilder& MRange(double min, double max) {
-        return Set(statedRanges[3], Range(min, max));
+        return PatchHeader(84, ByteList().Reals({min, max}));
     }
 
     ShapefileBuilder& Null() { return Raw(ByteList().Little32(0)); }
@@ -67,119 +72,107 @@ public:
     }
     /// A record with this content, its shape type included.
     ShapefileBuilder& Raw(Bytes const& content);
-    /// Bytes between the last record and the next.
-    ShapefileBuilder& Junk(Bytes const& bytes) {
-        junk.Append(bytes);
-        return *this;
-    }
+    /// Bytes behind the last record.
+    ShapefileBuilder& Junk(Bytes const& bytes);
 
     /// The last record in place of what follows from its content. Lengths and offsets are given
     /// in 16-bit words.
     ShapefileBuilder& RecordNumber(std::uint32_t value) {
-        return Set(records.back().number, value);
+        return PutMain(0, ByteList().Big32(value));
     }
     ShapefileBuilder& ContentLength(std::uint32_t words) {
-        return Set(records.back().contentWords, words);
+        return PutMain(4, ByteList().Big32(words));
     }
-    ShapefileBuilder& IndexOffset(std::int32_t words) {
-        return Set(records.back().indexOffset, words);
-    }
-    ShapefileBuilder& IndexLength(std::int32_t words) {
-        return Set(records.back().indexWords, words);
-    }
-    /// Puts bytes over those at an offset of the record's content.
-    ShapefileBuilder& Patch(std::size_t offset, Bytes const& bytes);
-    /// Keeps the first `size` bytes of the record's content; its lengths follow.
-    ShapefileBuilder& CutContent(std::size_t size) {
-        return Set(records.back().content, ByteList().Append(records.back().content).First(size));
-    }
-
-    /// An index entry behind those of the records.
-    ShapefileBuilder& IndexEntry(std::int32_t offsetWords, std::int32_t lengthWords) {
-        extraEntries.push_back({offsetWords, lengthWords});
+    ShapefileBuilder& IndexOffset(std::uint32_t words) {
+        entries.Put(entries.Size() - 8, ByteList().Big32(words));
         return *this;
     }
-    /// Keeps the first `size` bytes of the file; nothing else follows.
-    ShapefileBuilder& CutMainFile(std::size_t size) { return Set(mainFileSize, size); }
-    ShapefileBuilder& CutIndex(std::size_t size) { return Set(indexSize, size); }
+    ShapefileBuilder& IndexLength(std::uint32_t words) {
+        entries.Put(entries.Size() - 4, ByteList().Big32(words));
+        return *this;
+    }
+    /// Puts bytes over those at an offset of the record's content.
+    ShapefileBuilder& Patch(std::size_t offset, Bytes const& bytes) {
+        return PutMain(8 + offset, bytes);
+    }
+    /// Keeps the first `size` bytes of the record's content; its lengths follow.
+    ShapefileBuilder& CutContent(std::size_t size);
+    /// An index entry behind those of the records so far.
+    ShapefileBuilder& IndexEntry(std::uint32_t offsetWords, std::uint32_t lengthWords) {
+        entries.Big32(offsetWords).Big32(lengthWords);
+        return *this;
+    }
 
     ShapefileBuilder& Field(std::string const& name, char letter, std::uint8_t width,
                             std::uint8_t decimals = 0) {
-        table.Field(name, letter, width, decimals);
-        return Set(hasOwnTable, true);
+        OwnTable().Field(name, letter, width, decimals);
+        return *this;
     }
     ShapefileBuilder& Row(std::vector<std::string> const& cells) {
-        table.Row(cells);
+        OwnTable().Row(cells);
         return *this;
     }
     /// The whole table, where it needs more than fields and rows.
     ShapefileBuilder& Table(TableBuilder const& newTable) {
-        return Set(table, newTable).Set(hasOwnTable, true);
+        table = newTable;
+        return *this;
     }
-    ShapefileBuilder& Prj(std::string const& text) { return Set(prj, text); }
-    ShapefileBuilder& Cpg(std::string const& text) { return Set(cpg, text); }
-    ShapefileBuilder& WithoutIndex() { return Set(hasIndex, false); }
-    ShapefileBuilder& WithoutTable() { return Set(hasTable, false); }
+    /// A file beside the others, by its extension: File(".prj", "EPSG:4326").
+    ShapefileBuilder& File(std::string const& extension, std::string const& text) {
+        companions[extension] = ByteList().Text(text);
+        return *this;
+    }
+    ShapefileBuilder& Without(std::string const& extension) {
+        missing.push_back(extension);
+        return *this;
+    }
+    /// Keeps the first `size` bytes of that file.
+    ShapefileBuilder& Cut(std::string const& extension, std::size_t size) {
+        sizes[extension] = size;
+        return *this;
+    }
 
-    std::size_t RecordCount() const { return records.size(); }
-    /// The content of a record, as it stands behind the record's header.
-    Bytes const& ContentAt(std::size_t index) const { return records[index].content; }
-    Bytes MainFile() const;
-    Bytes Index() const;
-    Bytes TableFile() const;
+    std::size_t RecordCount() const { return positions.size(); }
+    /// Where a record's header stands in the main file, and how many bytes it is to the next one.
+    std::pair<std::size_t, std::size_t> PlaceOf(std::size_t record) const;
+    /// The files by their extensions.
+    std::map<std::string, Bytes> Files() const;
     /// Writes the files into the folder and returns the full path of the ".shp" file.
     BString WriteTo(std::filesystem::path const& folder, std::string const& baseName) const;
 
 private:
-    template <class Member>
-    ShapefileBuilder& Set(Member& member, std::type_identity_t<Member> const& value) {
-        member = value;
-        return *this;
-    }
-    /// Lowest and highest, 0 to 0 of nothing.
-    using Range = std::pair<double, double>;
-    struct Entry {
-        std::int32_t offset;
-        std::int32_t length;
-    };
-    struct Record {
-        Bytes junkBefore;
-        Bytes content;
-        std::optional<std::uint32_t> number;
-        std::optional<std::uint32_t> contentWords;
-        std::optional<std::int32_t> indexOffset;
-        std::optional<std::int32_t> indexWords;
-    };
-
     bool HasZ() const { return shapeType > 10 && shapeType < 20; }
     bool HasM() const { return shapeType > 20 && shapeType < 30; }
-    std::uint32_t Variant(std::uint32_t type) const;
+    std::uint32_t Variant(std::uint32_t type) const {
+        return type + (HasZ() ? 10 : 0) + (HasM() ? 20 : 0);
+    }
     ShapefileBuilder& AddParts(std::uint32_t type, Parts const& parts, Reals const& z,
                                Reals const& m);
     /// A record of any type but a point's; `counts` stands between its box and its vertices.
     ShapefileBuilder& AddShape(std::uint32_t type, ByteList const& counts, Vertices const& vertices,
                                Reals const& z, Reals const& m);
-    static Range RangeOf(Reals const& values);
-    ByteList Header(std::size_t bodySize) const;
+    ShapefileBuilder& PutMain(std::size_t offset, Bytes const& bytes) {
+        records.Put(positions.back() + offset, bytes);
+        return *this;
+    }
+    TableBuilder& OwnTable() { return table ? *table : table.emplace(); }
+    TableBuilder NumberedRows() const;
+    /// A header and what stands behind it.
+    Bytes WithHeader(ByteList const& body) const;
 
     std::int32_t shapeType;
-    std::int32_t fileCode = 9994;
-    std::int32_t version = 1000;
-    std::optional<std::int32_t> fileLength;
-    /// Of all records' X, Y, Z and measures, and what the header states in place of their ranges.
+    /// Of all records' X, Y, Z and measures.
     std::array<Reals, 4> shown;
-    std::array<std::optional<Range>, 4> statedRanges;
-    std::vector<Record> records;
-    ByteList junk;
-    std::vector<Entry> extraEntries;
-    std::optional<std::size_t> mainFileSize;
-    std::optional<std::size_t> indexSize;
-    TableBuilder table;
-    bool hasOwnTable = false;
-    bool hasIndex = true;
-    bool hasTable = true;
-    std::optional<std::string> prj;
-    std::optional<std::string> cpg;
+    /// What stands behind the headers of the main file and of the index.
+    ByteList records;
+    ByteList entries;
+    /// Where the records start in theirs.
+    std::vector<std::size_t> positions;
+    std::vector<std::pair<std::size_t, Bytes>> headerPatches;
+    std::optional<TableBuilder> table;
+    std::map<std::string, Bytes> companions;
+    std::map<std::string, std::size_t> sizes;
+    std::vector<std::string> missing;
 };
 
 } // namespace Ambrel::Test

@@ -34,30 +34,28 @@ TableBuilder& TableBuilder::Row(std::vector<std::string> const& cells) {
 }
 
 Bytes TableBuilder::Build() const {
-    std::size_t const trueHeaderLength = 32 + 32 * fields.size() + terminator.size();
-    unsigned trueRecordLength = 1;
+    std::size_t const headerLength = 32 + 32 * fields.size() + terminator.size();
+    unsigned recordLength = 1;
+    ByteList descriptors;
     for (FieldDescriptor const& field : fields) {
-        trueRecordLength += field.width;
+        recordLength += field.width;
+        descriptors.Text(field.name).Fill(11 - field.name.size());
+        descriptors.Byte(static_cast<std::uint8_t>(field.letter)).Fill(4);
+        descriptors.Byte(field.width).Byte(field.decimals).Fill(14);
     }
     ByteList file;
-    file.Append({version, 121, 3, 15})
-        .Little32(recordCount.value_or(static_cast<std::uint32_t>(rows.size())))
-        .Little16(headerLength.value_or(static_cast<std::uint16_t>(trueHeaderLength)))
-        .Little16(recordLength.value_or(static_cast<std::uint16_t>(trueRecordLength)))
-        .Fill(17)
-        .Byte(language)
-        .Fill(2);
-    for (FieldDescriptor const& field : fields) {
-        file.Text(field.name).Fill(11 - field.name.size());
-        file.Byte(static_cast<std::uint8_t>(field.letter)).Fill(4);
-        file.Byte(field.width).Byte(field.decimals).Fill(14);
-    }
-    file.Append(terminator);
+    file.Append({3, 121, 3, 15}).Little32(static_cast<std::uint32_t>(rows.size()));
+    file.Little16(static_cast<std::uint16_t>(headerLength));
+    file.Little16(static_cast<std::uint16_t>(recordLength));
+    file.Fill(20).Append(descriptors).Append(terminator);
     for (Bytes const& row : rows) {
         file.Append(row);
     }
-    file.Fill(hasEndMark ? 1 : 0, 0x1A).Append(tail);
-    return file.First(keptSize);
+    file.Append(end);
+    for (auto const& [offset, bytes] : patches) {
+        file.Put(offset, bytes);
+    }
+    return keptSize ? file.Cut(*keptSize) : file;
 }
 
 void TableBuilder::WriteTo(std::filesystem::path const& path) const {

@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace Ambrel::Test {
@@ -26,20 +27,18 @@ public:
         return *this;
     }
 
-    TableBuilder& Version(std::uint8_t value) { return Set(version, value); }
-    /// The language byte, at offset 29 of the header.
-    TableBuilder& Language(std::uint8_t value) { return Set(language, value); }
-    /// The values that the header states, in place of the true ones.
-    TableBuilder& RecordCount(std::uint32_t value) { return Set(recordCount, value); }
-    TableBuilder& HeaderLength(std::uint16_t value) { return Set(headerLength, value); }
-    TableBuilder& RecordLength(std::uint16_t value) { return Set(recordLength, value); }
+    /// What the header states, in place of what is true.
+    TableBuilder& RecordCount(std::uint32_t value) { return Patch(4, ByteList().Little32(value)); }
+    TableBuilder& HeaderLength(std::uint16_t value) { return Patch(8, ByteList().Little16(value)); }
+    TableBuilder& RecordLength(std::uint16_t value) {
+        return Patch(10, ByteList().Little16(value));
+    }
+    TableBuilder& Language(std::uint8_t value) { return Patch(29, {value}); }
     /// What stands between the last descriptor and the first row, in place of one 0x0D; the header
     /// length follows it.
     TableBuilder& Terminator(Bytes const& bytes) { return Set(terminator, bytes); }
-    /// Whether 0x1A ends the file, true at first.
-    TableBuilder& EndMark(bool isThere) { return Set(hasEndMark, isThere); }
-    /// What stands behind it all.
-    TableBuilder& Tail(Bytes const& bytes) { return Set(tail, bytes); }
+    /// What stands behind the rows, in place of one 0x1A.
+    TableBuilder& End(Bytes const& bytes) { return Set(end, bytes); }
     /// Keeps the first `size` bytes of the file.
     TableBuilder& Cut(std::size_t size) { return Set(keptSize, size); }
 
@@ -52,6 +51,10 @@ private:
         member = value;
         return *this;
     }
+    TableBuilder& Patch(std::size_t offset, Bytes const& bytes) {
+        patches.emplace_back(offset, bytes);
+        return *this;
+    }
     struct FieldDescriptor {
         std::string name;
         char letter;
@@ -62,13 +65,8 @@ private:
     std::vector<FieldDescriptor> fields;
     std::vector<Bytes> rows;
     Bytes terminator{0x0D};
-    Bytes tail;
-    std::uint8_t version = 3;
-    std::uint8_t language = 0;
-    bool hasEndMark = true;
-    std::optional<std::uint32_t> recordCount;
-    std::optional<std::uint16_t> headerLength;
-    std::optional<std::uint16_t> recordLength;
+    Bytes end{0x1A};
+    std::vector<std::pair<std::size_t, Bytes>> patches;
     std::optional<std::size_t> keptSize;
 };
 

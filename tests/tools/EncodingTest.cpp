@@ -63,7 +63,7 @@ TEST_F(Encoding, OptionBeatsCpgBeatsLanguageByteBeatsDefault) {
     for (auto const& c : cases) {
         TableBuilder table;
         table.Field("name", 'C', 4).Row({c.bytes}).Language(c.language);
-        Write(ShapefileBuilder(1).Point(1, 2).Table(table).Cpg(c.cpg), "town");
+        Write(ShapefileBuilder(1).Point(1, 2).Table(table).File(".cpg", c.cpg), "town");
         ToolRun const run = RunTool("export town.shp" + c.option);
         EXPECT_EQ(nlohmann::json::parse(run.out)["features"][0]["properties"]["name"], c.name);
         EXPECT_EQ(run.err, c.complaint);

@@ -148,7 +148,7 @@ TEST_F(Export, GivesTheSameBytesInEveryMode) {
 
 TEST_F(Export, TransformsToLongitudeAndLatitude) {
     // UTM zone 32: the central meridian lies at 500,000 m. The second point is on no map of it.
-    Write(ShapefileBuilder(1).Point(500000, 0).Point(1e12, 1e12).Prj("EPSG:32632"));
+    Write(ShapefileBuilder(1).Point(500000, 0).Point(1e12, 1e12).File(".prj", "EPSG:32632"));
     ToolRun const run = RunTool("export map.shp --to-wgs84");
     EXPECT_EQ(run, (ToolRun{0, run.out,
                             "ambrel-shp: warning: map.shp: record 1 has no position in WGS 84; its "

@@ -15,7 +15,7 @@ TEST_F(Info, DescribesALayerForProgramsAndForPeople) {
     builder.Field("größe", 'C', 12).Field("small", 'N', 4).Field("large", 'N', 12);
     builder.Field("real", 'N', 9, 3).Field("day", 'D', 8).Field("yes", 'L', 1).Row({}).Row({});
     builder.Polygon({{{-1, 2}, {-1, 5}, {4, 5}, {-1, 2}}}, {7, 8, 9, 7}, {1, 2, 3, 1.5}).Null();
-    Write(builder.Cpg("UTF-8").Prj("EPSG:4326"));
+    Write(builder.File(".cpg", "UTF-8").File(".prj", "EPSG:4326"));
     EXPECT_EQ(RunForJson("--json map"), Json::parse(R"([{
         "name": "map", "path": "map.shp",
         "shapeType": 15, "shapeTypeName": "PolygonZ", "geometryClass": "areas",
@@ -99,13 +99,13 @@ TEST_F(Check, TellsWhatIsLegalButOdd) {
 TEST_F(Check, NamesExactlyWhatIsDamagedAndEachProblemOnce) {
     Parts const line = {{{1, 2}, {3, 4}}};
     TableBuilder table;
-    table.Field("id", 'N', 3).RecordCount(6).Tail({0, 0, 0});
+    table.Field("id", 'N', 3).RecordCount(6).End({0x1A, 0, 0, 0});
     ShapefileBuilder builder(3);
     builder.Polyline(line).Polyline(line).CutContent(50).Polyline(line).Raw({31, 0, 0, 0});
     builder.Polyline(line).IndexLength(40).ContentLength(39).Polyline(line).Table(table);
     Write(builder);
     EXPECT_EQ(RunTool("check map.shp").exitCode, 1);
-    Write(ShapefileBuilder(1).WithoutTable(), "unreadable");
+    Write(ShapefileBuilder(1).Without(".dbf"), "unreadable");
     // The first file is opened once more for the records behind the one that throws.
     EXPECT_EQ(RunTool("check ."),
               (ToolRun{2,
