@@ -1,24 +1,12 @@
 #pragma once
 
-#include "Expectations.h"
-#include "LogCapture.h"
 #include "ShpReader/dbf/BDbfFile.h"
-#include "TableBuilder.h"
-#include "TemporaryFolder.h"
+#include "Testing.h"
 
-#include <gtest/gtest.h>
-
-#include <bit>
 #include <cmath>
-#include <cstdint>
 #include <cstdio>
-#include <memory>
-#include <string>
-#include <vector>
 
 namespace Ambrel::Test {
-
-using Texts = std::vector<std::string>;
 
 /// Type and value, reals to their last bit: "integer 42", "date 20210315", "null".
 inline std::string TextOf(BVariant const& value) {

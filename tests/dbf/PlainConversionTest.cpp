@@ -3,7 +3,6 @@
 
 #include "DbfSupport.h"
 
-#include <cstdlib>
 #include <random>
 #include <sstream>
 

@@ -63,9 +63,9 @@ TEST_F(TableOpening, HeaderLengthSaysHowManyDescriptorsThereAre) {
 TEST_F(TableOpening, SchemaIsReadAgainAndHasTheDescriptorsThatTheFileHolds) {
     LogCapture log;
     Open(TableBuilder().Field("NAME", 'C', 5).Field("SECOND", 'N', 5).Row({"name", "1"}));
-    EXPECT_EQ(log.Lines(), (std::vector<LogLine>{
-                               {LOG_PROGRESS, "DBF-File: Opening DBF file <" + file.string() + ">"},
-                               {LOG_PROGRESS, "DBF-File: Reading schema..."}}));
+    EXPECT_EQ(log.Lines(),
+              (LogLines{{LOG_PROGRESS, "DBF-File: Opening DBF file <" + file.string() + ">"},
+                        {LOG_PROGRESS, "DBF-File: Reading schema..."}}));
     table->ReadSchema();
     EXPECT_EQ(NamesOf(table->GetSchema()), (Texts{"NAME", "SECOND"}));
     std::filesystem::resize_file(file, 32 + 32 + 31);
@@ -105,25 +105,23 @@ TEST_F(TableOpening, SizeDecidesWhetherRecordsAreRead) {
         {"a byte less", TenRecords().Cut(65 + 10 * 6 - 1), false},
         {"a record less", TenRecords().RecordCount(11), false},
     };
-    Texts const refusal = {
-        "DBF-Reader: DBF file is not valid.  File size does not match computed data size.",
-        "DBF-Reader: Data records are missing or corrupt."};
-    Texts mismatch = refusal;
-    mismatch.emplace_back("DBF-Reader: Feature attributes contain default values.");
+    std::string const size =
+        "DBF-Reader: DBF file is not valid.  File size does not match computed data size.";
+    std::string const records = "DBF-Reader: Data records are missing or corrupt.";
+    std::string const defaults = "DBF-Reader: Feature attributes contain default values.";
     for (auto const& [what, builder, isSound] : cases) {
         SCOPED_TRACE(what);
-        LogCapture log;
+        LogCapture const log;
         Open(builder, false);
         EXPECT_EQ(Read(3), Texts{isSound ? "text row3" : "text "});
-        EXPECT_EQ(log.TextsOf(LOG_WARNING), isSound ? Texts() : mismatch);
-        log.Clear();
         if (isSound) {
             EXPECT_NO_THROW(Reopen());
+            EXPECT_EQ(log.TextsOf(LOG_WARNING), Texts());
             continue;
         }
         EXPECT_BEXCEPTION(Reopen(), BFileContentNotValidException, openOperation,
                           BString::Format("%s is not a valid DBF file.", path.Ascii()));
-        EXPECT_EQ(log.TextsOf(LOG_WARNING), refusal);
+        EXPECT_EQ(log.TextsOf(LOG_WARNING), (Texts{size, records, defaults, size, records}));
     }
 }
 
@@ -143,21 +141,16 @@ TEST_F(TableOpening, OnlyRegularFilesAreOpened) {
 }
 
 TEST_F(TableOpening, OperationsAskForTheModeTheyNeed) {
-    bool isOpen = false;
-    auto const expectNotOpen = [&](auto action, char const* operation) {
-        BString const message = isOpen ? NamingFile("File=") : BString("File=");
+    auto const refuse = [&](BString const& message, char const* operation, auto action) {
         EXPECT_BEXCEPTION(action(), BNotOpenException, operation, message);
     };
-    auto const write = [&] { table->Write(); };
-    expectNotOpen(write, "BDbfFile::Write");
-    expectNotOpen([&] { table->ReadSchema(); }, "BDbfFile::ReadSchema");
-    expectNotOpen([&] { Read(0); }, "BDbfFile::ReadAttributeRecord");
-    expectNotOpen([&] { table->Read(0); }, "BDbfFile::Read");
-
+    refuse("File=", "BDbfFile::ReadSchema", [&] { table->ReadSchema(); });
+    refuse("File=", "BDbfFile::ReadAttributeRecord", [&] { Read(0); });
+    refuse("File=", "BDbfFile::Read", [&] { table->Read(0); });
     Open(TenRecords());
-    isOpen = true;
-    expectNotOpen(write, "BDbfFile::Write");
-    expectNotOpen([&] { table->PrepareForWriting({}); }, "BDbfFile::PrepareForWriting");
+    refuse(NamingFile("File="), "BDbfFile::Write", [&] { table->Write(); });
+    refuse(NamingFile("File="), "BDbfFile::PrepareForWriting",
+           [&] { table->PrepareForWriting({}); });
     EXPECT_BEXCEPTION(table->Open(path, 1, true), BAlreadyOpenException, openOperation, path);
     table->Close();
     EXPECT_EQ(Read(9), Texts{"text row9"});

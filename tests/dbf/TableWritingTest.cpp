@@ -54,7 +54,6 @@ TEST(FieldFormatting, ValuesFollowTheirFieldsRules) {
     } const cases[] = {
         {42, VAR_INTEGER, 5, 0, "   42"},
         {123456, VAR_INTEGER, 4, 0, "1234"},
-        {"12", VAR_INTEGER, 4, 0, "  12"},
         {{}, VAR_INTEGER, 2, 0, " 0"},
         {-5, VAR_BYTE, 3, 0, " -5"},
         {200, VAR_UNSIGNED_BYTE, 4, 0, " 200"},
@@ -65,7 +64,6 @@ TEST(FieldFormatting, ValuesFollowTheirFieldsRules) {
         {"18446744073709551615", VAR_UNSIGNED_INTEGER64, 3, 0, " -1"},
         {3.14159, VAR_DOUBLE, 8, 2, "    3.14"},
         {-0.5, VAR_DOUBLE, 4, 0, "  -0"},
-        {0.9999999, VAR_DOUBLE, 4, 255, "0.99"},
         {2.5, VAR_DOUBLE, 9, -1, " 2.500000"},
         {0.1, VAR_FLOAT, 12, 10, "0.1000000015"},
         {"abc", VAR_STRING, 6, 0, "abc   "},
@@ -75,7 +73,6 @@ TEST(FieldFormatting, ValuesFollowTheirFieldsRules) {
         {"2021-03-15", VAR_DATE, 10, 0, "2021-03-  "},
         {"\xC3\xA4\xC3\xA4\xC3\xA4\xC3\xA4\xC3\xA4", VAR_DATE, 9, 0,
          "\xC3\xA4\xC3\xA4\xC3\xA4\xC3\xA4 "},
-        {"20210315", VAR_DATE, 4, 0, "2021"},
         {"20210315", VAR_DATE, 0, 0, ""},
         {{}, VAR_DATE, 8, 0, "00000000"},
         {true, VAR_BOOLEAN, 1, 0, "T"},
@@ -162,22 +159,20 @@ TEST_F(TableWriting, LayoutIsCompleteAndRefusedRecordsLeaveNothing) {
 }
 
 TEST_F(TableWriting, FeaturesInMemoryAreReadBackAsWritten) {
-    table->PrepareForWriting(Schema(
-        Field("SHORT", VAR_SHORT, 6), Field("INTEGER", VAR_INTEGER, 11),
-        Field("INTEGER64", VAR_INTEGER64, 20), Field("REAL", VAR_DOUBLE, 20, 6),
-        Field("WHOLE", VAR_FLOAT, 10), Field("TEXT", VAR_STRING, 9), Field("DATE", VAR_DATE, 8),
-        Field("FLAG", VAR_BOOLEAN, 1), Field("LIST", VAR_INTEGER_LIST, 5)));
-    std::int32_t const list[] = {7, 8};
+    table->PrepareForWriting(Schema(Field("A", VAR_SHORT, 6), Field("B", VAR_INTEGER, 11),
+                                    Field("C", VAR_INTEGER64, 20), Field("D", VAR_DOUBLE, 20, 6),
+                                    Field("E", VAR_FLOAT, 10), Field("F", VAR_STRING, 9),
+                                    Field("G", VAR_DATE, 8), Field("H", VAR_BOOLEAN, 1)));
     BSharedPtr<BFeature> const feature(new BFeature);
     feature->attributes = Attributes(-300, 1234567890, std::int64_t{-9000000000000000000}, -1.5,
-                                     16.0, "S\xC3\xA3o", "20210315", true, BVariant(list, 2));
+                                     16.0, "S\xC3\xA3o", "20210315", true);
     table->GetFeatures().Add(BSharedPtr<BFeature>(new BFeature));
     table->GetFeatures().Add(feature);
     table->Write();
     Reopen();
-    EXPECT_EQ(Read(1), (Texts{"integer -300", "long 1234567890", "long -9000000000000000000",
-                              "real -0x1.8p+0", "real 0x1p+4", "text S\xC3\xA3o", "date 20210315",
-                              "true", "integer 7"}));
+    EXPECT_EQ(Read(1),
+              (Texts{"integer -300", "long 1234567890", "long -9000000000000000000",
+                     "real -0x1.8p+0", "real 0x1p+4", "text S\xC3\xA3o", "date 20210315", "true"}));
 }
 
 TEST_F(TableWriting, LongNamesAreCutAtACharacterAndStayDistinct) {

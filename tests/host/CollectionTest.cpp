@@ -1,16 +1,9 @@
 // What collections in memory and in the disk cache have in common.
 
-#include "Expectations.h"
 #include "FeatureSamples.h"
-#include "TemporaryFolder.h"
-
-#include <Ambrel/BDiskCacheFeatureCollection.h>
-#include <Ambrel/BMemoryFeatureCollection.h>
-#include <Ambrel/BRenderer.h>
 
 #include <cmath>
 #include <functional>
-#include <memory>
 #include <random>
 
 namespace Ambrel::Test {

@@ -1,10 +1,6 @@
-#include "Expectations.h"
-#include "TemporaryFolder.h"
-
-#include <Ambrel/BCoordSys.h>
+#include "Testing.h"
 
 #include <cmath>
-#include <filesystem>
 #include <thread>
 
 namespace Ambrel::Test {

@@ -1,14 +1,7 @@
 // What the disk cache does on disk.
 
-#include "Expectations.h"
 #include "FeatureSamples.h"
-#include "TemporaryFolder.h"
 
-#include <Ambrel/BDiskCacheFeatureCollection.h>
-#include <Ambrel/BLayer.h>
-
-#include <filesystem>
-#include <memory>
 #include <numeric>
 
 namespace Ambrel::Test {

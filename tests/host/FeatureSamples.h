@@ -1,14 +1,6 @@
 #pragma once
 
-#include "GeometryText.h"
-
-#include <Ambrel/BAggregate.h>
-#include <Ambrel/BFeatureCollection.h>
-#include <Ambrel/BProgress.h>
-#include <Ambrel/BTransform.h>
-
-#include <string>
-#include <vector>
+#include "Testing.h"
 
 namespace Ambrel::Test {
 

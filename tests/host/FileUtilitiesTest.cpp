@@ -1,9 +1,5 @@
-#include "Expectations.h"
-#include "TemporaryFolder.h"
+#include "Testing.h"
 
-#include <Ambrel/BFileUtilities.h>
-
-#include <filesystem>
 #include <sys/stat.h>
 
 namespace Ambrel::Test {

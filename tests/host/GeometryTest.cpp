@@ -1,7 +1,5 @@
 #include "FeatureSamples.h"
 
-#include <gtest/gtest.h>
-
 #include <atomic>
 #include <cmath>
 #include <limits>

@@ -1,10 +1,6 @@
-#include "Expectations.h"
-#include "GeometryText.h"
-#include "LogCapture.h"
+#include "Testing.h"
 
 #include <QTextCodec>
-
-#include <gtest/gtest.h>
 
 #include <cmath>
 #include <cstdio>
@@ -106,7 +102,7 @@ TEST(ValueTest, LogsNoMoreThanIsAskedForAndNeverFails) {
     LogCapture const log(LOG_WARNING);
     BLogger::Instance()->WriteLine(LOG_DETAIL, "lost");
     BLogger::Instance()->WriteLine(LOG_WARNING, "%s %i", "kept", 1);
-    EXPECT_EQ(log.Lines(), (std::vector<LogLine>{{LOG_WARNING, "kept 1"}}));
+    EXPECT_EQ(log.Lines(), (LogLines{{LOG_WARNING, "kept 1"}}));
     BLogger logger;
     logger.SetSink([](ELogSeverity, std::string_view) { throw std::bad_alloc(); });
     EXPECT_NO_THROW(logger.WriteLine(LOG_FATAL, "thrown away"));

@@ -3,7 +3,6 @@
 #include "HostileSupport.h"
 
 #include <functional>
-#include <iterator>
 
 #include <sys/resource.h>
 #include <sys/stat.h>

@@ -2,7 +2,6 @@
 
 #include "Checks.h"
 #include "ShpSupport.h"
-#include "SmallFile.h"
 #include "SourceLife.h"
 
 namespace Ambrel::Test {

@@ -8,17 +8,15 @@ namespace {
 
 constexpr double notANumber = std::numeric_limits<double>::quiet_NaN();
 
-using Lines = std::vector<LogLine>;
-
-Lines const tooShort = {{LOG_WARNING, NotValid(0, "content is too short")}};
-Lines const doNotFit = {{LOG_WARNING, NotValid(0, "counts do not fit the content")}};
-Lines const outOfOrder = {{LOG_WARNING, NotValid(0, "part starts are out of order")}};
-Lines const noZ = {{LOG_WARNING, "SHP-Reader: Record 0 has no Z values."}};
-Lines const noMeasures = {{LOG_DETAIL, "SHP-Reader: Record 0 has no measures."}};
-Lines const noZAndMeasures = {noZ[0], noMeasures[0]};
-Lines const noPosition = {
+LogLines const tooShort = {{LOG_WARNING, NotValid(0, "content is too short")}};
+LogLines const doNotFit = {{LOG_WARNING, NotValid(0, "counts do not fit the content")}};
+LogLines const outOfOrder = {{LOG_WARNING, NotValid(0, "part starts are out of order")}};
+LogLines const noZ = {{LOG_WARNING, "SHP-Reader: Record 0 has no Z values."}};
+LogLines const noMeasures = {{LOG_DETAIL, "SHP-Reader: Record 0 has no measures."}};
+LogLines const noZAndMeasures = {noZ[0], noMeasures[0]};
+LogLines const noPosition = {
     {LOG_DETAIL, "SHP-Reader: Skip geometry; point coordinates are not valid."}};
-Lines const emptyPart = {
+LogLines const emptyPart = {
     {LOG_WARNING, "SHP-Reader: Record 0: part 1 has no vertices; part skipped."}};
 
 /// What record 0 becomes, without completion.
@@ -27,7 +25,7 @@ struct DecodingCase {
     ShapefileBuilder builder;
     std::string geometry;
     std::string metadata = "";
-    Lines lines = {};
+    LogLines lines = {};
 };
 
 void Check(std::vector<DecodingCase> const& cases) {

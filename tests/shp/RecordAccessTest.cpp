@@ -16,7 +16,7 @@ TEST(RecordAccessTest, LetsTheIndexGovernTheLength) {
     OpenShapefile const file(ShapefileBuilder(1).Point(1, 2).ContentLength(12).RecordNumber(77));
     LogCapture const log;
     EXPECT_EQ(TextOf(*file->ReadFeature(0, true)), "point[1 2]");
-    EXPECT_EQ(log.Lines(), (std::vector<LogLine>{{LOG_WARNING, Mismatch(10, 12)}}));
+    EXPECT_EQ(log.Lines(), (LogLines{{LOG_WARNING, Mismatch(10, 12)}}));
 }
 
 TEST(RecordAccessTest, ReadsIndexEntriesFromMemoryOrFromTheFile) {

@@ -1,25 +1,11 @@
 #pragma once
 
-#include "Expectations.h"
-#include "GeometryText.h"
-#include "LogCapture.h"
-#include "ShapefileBuilder.h"
-#include "TemporaryFolder.h"
+#include "Testing.h"
 
-#include "Ambrel/Ambrel.h"
 #include "ShpReader/BShpReader.h"
 #include "ShpReader/shp/BShpFile.h"
 
-#include <gtest/gtest.h>
-
-#include <memory>
-#include <string>
-#include <vector>
-
 namespace Ambrel::Test {
-
-using Texts = std::vector<std::string>;
-using Indexes = std::vector<std::uint64_t>;
 
 /// The line about a record whose geometry is skipped.
 inline std::string NotValid(std::uint32_t record, char const* reason) {

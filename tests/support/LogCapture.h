@@ -2,9 +2,10 @@
 
 #include <Ambrel/BLogger.h>
 
+#include <algorithm>
 #include <cstddef>
-#include <iosfwd>
 #include <mutex>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -15,30 +16,56 @@ struct LogLine {
     std::string text;
     bool operator==(LogLine const&) const = default;
 };
+using LogLines = std::vector<LogLine>;
 
 /// Lets a failing comparison print the lines.
-std::ostream& operator<<(std::ostream& out, LogLine const& line);
+inline std::ostream& operator<<(std::ostream& out, LogLine const& line) {
+    return out << static_cast<int>(line.severity) << ": " << line.text;
+}
 
 /// Takes the lines of the process's logger while it lives. Lines less severe than `threshold` are
 /// not written. Afterwards the logger prints to standard error, with the threshold it had.
 class LogCapture {
 public:
-    explicit LogCapture(ELogSeverity threshold = LOG_DETAIL);
+    explicit LogCapture(ELogSeverity threshold = LOG_DETAIL)
+        : formerThreshold(BLogger::Instance()->GetThreshold()) {
+        BLogger::Instance()->SetSink([this](ELogSeverity severity, std::string_view text) {
+            std::lock_guard<std::mutex> const guard(lock);
+            lines.push_back({severity, std::string(text)});
+        });
+        BLogger::Instance()->SetThreshold(threshold);
+    }
     LogCapture(LogCapture const&) = delete;
     LogCapture& operator=(LogCapture const&) = delete;
-    ~LogCapture();
+    ~LogCapture() {
+        BLogger::Instance()->SetThreshold(formerThreshold);
+        BLogger::Instance()->SetSink({});
+    }
 
-    std::vector<LogLine> Lines() const;
+    LogLines Lines() const {
+        std::lock_guard<std::mutex> const guard(lock);
+        return lines;
+    }
     /// The texts of the lines of one severity, in order.
-    std::vector<std::string> TextsOf(ELogSeverity severity) const;
+    std::vector<std::string> TextsOf(ELogSeverity severity) const {
+        std::vector<std::string> texts;
+        for (LogLine const& line : Lines()) {
+            if (line.severity == severity) {
+                texts.push_back(line.text);
+            }
+        }
+        return texts;
+    }
     /// How often the line was written.
-    std::size_t Count(ELogSeverity severity, std::string const& text) const;
-    void Clear();
+    std::ptrdiff_t Count(ELogSeverity severity, std::string const& text) const {
+        LogLines const all = Lines();
+        return std::count(all.begin(), all.end(), LogLine{severity, text});
+    }
 
 private:
     ELogSeverity formerThreshold;
     mutable std::mutex lock;
-    std::vector<LogLine> lines;
+    LogLines lines;
 };
 
 } // namespace Ambrel::Test

@@ -1,8 +1,7 @@
 #pragma once
 
-#include "ByteList.h"
+#include "TemporaryFolder.h"
 
-#include <filesystem>
 #include <optional>
 #include <string>
 #include <utility>
@@ -13,17 +12,36 @@ namespace Ambrel::Test {
 /// Makes the bytes of a dBASE table, sound unless it is told otherwise:
 /// `TableBuilder().Field("name", 'C', 10).Row({"Oslo"}).WriteTo(folder / "towns.dbf")`.
 ///
-/// It writes the layout on its own, so that it is a witness to what the product reads.
+/// It writes the layout on its own, so that it is a witness to what the product reads. Names and
+/// cells that do not fit are std::length_error.
 class TableBuilder {
 public:
     TableBuilder& Field(std::string const& name, char letter, std::uint8_t width,
-                        std::uint8_t decimals = 0);
+                        std::uint8_t decimals = 0) {
+        descriptors.Text(name).Fill(11 - name.size());
+        descriptors.Byte(static_cast<std::uint8_t>(letter)).Fill(4);
+        descriptors.Byte(width).Byte(decimals).Fill(14);
+        columns.emplace_back(letter, width);
+        return *this;
+    }
     /// A row of cells, padded with blanks: numbers ('N', 'F') to the left, all else to the right.
-    /// Cells that are left out are blank; std::invalid_argument for one that does not fit.
-    TableBuilder& Row(std::vector<std::string> const& cells);
+    /// Cells that are left out are blank.
+    TableBuilder& Row(std::vector<std::string> cells) {
+        cells.resize(columns.size());
+        ByteList row;
+        row.Byte(' ');
+        for (std::size_t i = 0; i < columns.size(); ++i) {
+            auto const& [letter, width] = columns[i];
+            std::size_t const padding = width - cells[i].size();
+            bool const isNumber = std::string("NnFf").find(letter) != std::string::npos;
+            row.Fill(isNumber ? padding : 0, ' ').Text(cells[i]).Fill(isNumber ? 0 : padding, ' ');
+        }
+        return RawRow(row);
+    }
     /// A row as it stands in the file, deletion flag included.
     TableBuilder& RawRow(Bytes const& bytes) {
-        rows.push_back(bytes);
+        rows.Append(bytes);
+        ++rowCount;
         return *this;
     }
 
@@ -42,8 +60,23 @@ public:
     /// Keeps the first `size` bytes of the file.
     TableBuilder& Cut(std::size_t size) { return Set(keptSize, size); }
 
-    Bytes Build() const;
-    void WriteTo(std::filesystem::path const& path) const;
+    Bytes Build() const {
+        std::size_t const headerLength = 32 + descriptors.Size() + terminator.size();
+        unsigned recordLength = 1;
+        for (auto const& [letter, width] : columns) {
+            recordLength += width;
+        }
+        ByteList file;
+        file.Append({3, 121, 3, 15}).Little32(rowCount);
+        file.Little16(static_cast<std::uint16_t>(headerLength));
+        file.Little16(static_cast<std::uint16_t>(recordLength));
+        file.Fill(20).Append(descriptors).Append(terminator).Append(rows).Append(end);
+        for (auto const& [offset, bytes] : patches) {
+            file.Put(offset, bytes);
+        }
+        return keptSize ? file.Cut(*keptSize) : file;
+    }
+    void WriteTo(std::filesystem::path const& path) const { WriteFile(path, Build()); }
 
 private:
     template <class Member, class Value>
@@ -55,15 +88,11 @@ private:
         patches.emplace_back(offset, bytes);
         return *this;
     }
-    struct FieldDescriptor {
-        std::string name;
-        char letter;
-        std::uint8_t width;
-        std::uint8_t decimals;
-    };
 
-    std::vector<FieldDescriptor> fields;
-    std::vector<Bytes> rows;
+    ByteList descriptors;
+    std::vector<std::pair<char, std::uint8_t>> columns;
+    ByteList rows;
+    std::uint32_t rowCount = 0;
     Bytes terminator{0x0D};
     Bytes end{0x1A};
     std::vector<std::pair<std::size_t, Bytes>> patches;

@@ -1,5 +1,4 @@
 #include "Interrupt.h"
-#include "SmallFile.h"
 #include "ToolRun.h"
 
 #include <cmath>

@@ -1,7 +1,5 @@
 #include "ToolRun.h"
 
-#include <cstdlib>
-
 #include <sys/wait.h>
 
 namespace Ambrel::Test {

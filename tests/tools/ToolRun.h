@@ -1,13 +1,8 @@
 #pragma once
 
-#include "ShapefileBuilder.h"
-#include "TemporaryFolder.h"
+#include "Testing.h"
 
-#include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
-
-#include <iosfwd>
-#include <string>
 
 namespace Ambrel::Test {
 

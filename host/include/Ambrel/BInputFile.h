@@ -19,7 +19,7 @@ public:
     explicit BInputFile(BString const& path);
     BInputFile(BInputFile const&) = delete;
     BInputFile& operator=(BInputFile const&) = delete;
-    virtual ~BInputFile();
+    ~BInputFile();
 
     bool IsOpen() const noexcept;
     /// Bytes, when the file was opened.
@@ -28,7 +28,7 @@ public:
     std::uint64_t GetSize() const;
     /// Copies up to `count` bytes from `position` (bytes) on, and returns how many there were: none
     /// where the position is negative or the read fails.
-    virtual std::size_t Read(std::int64_t position, void* destination, std::size_t count) const;
+    std::size_t Read(std::int64_t position, void* destination, std::size_t count) const;
 
 private:
     std::uint64_t sizeAtOpen = 0;
