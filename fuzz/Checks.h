@@ -1,5 +1,7 @@
 #pragma once
 
+#include "TemporaryFolder.h"
+
 #include "Ambrel/BAttribute.h"
 #include "Ambrel/BException.h"
 #include "Ambrel/BLogger.h"
@@ -60,5 +62,19 @@ public:
         BLogger::Instance()->SetSink({});
     }
 };
+
+/// A folder in memory, one for each process, that every execution uses again. It goes with the
+/// process when that ends by itself. The first call silences the logger.
+inline Test::TemporaryFolder const& Scratch() {
+    static SilentLog const silence;
+    static Test::TemporaryFolder const folder = [] {
+        std::error_code failure;
+        if (std::filesystem::is_directory("/dev/shm", failure)) {
+            ::setenv("TMPDIR", "/dev/shm", 1);
+        }
+        return Test::TemporaryFolder();
+    }();
+    return folder;
+}
 
 } // namespace Ambrel::Fuzz

@@ -4,7 +4,6 @@
 #include "TemporaryFolder.h"
 
 #include <iostream>
-#include <random>
 
 namespace {
 
@@ -35,6 +34,8 @@ void WriteSeedsOf(std::int32_t shapeType, fs::path const& folder) {
     WriteFile(folder / "source" / name, SourceInput(builder, 0));
     WriteFile(folder / "source" / (name + "-z"), SourceInput(builder, 2));
     WriteFile(folder / "table" / name, builder.Files()[".dbf"]);
+    // Schemas and values to write have no layout of their own: these are as good as any bytes.
+    WriteFile(folder / "writing" / name, SourceInput(builder, 0));
     Bytes const main = builder.Files()[".shp"];
     for (std::size_t i = 0; i < builder.RecordCount(); ++i) {
         auto const [start, size] = builder.PlaceOf(i);
@@ -43,18 +44,6 @@ void WriteSeedsOf(std::int32_t shapeType, fs::path const& folder) {
         input.Byte(static_cast<std::uint8_t>(shapeType / 10));
         input.Append({record + 8, record + static_cast<std::ptrdiff_t>(size)});
         WriteFile(folder / "decoders" / (name + "-" + std::to_string(i)), input);
-    }
-}
-
-/// Schemas and values have no layout of their own: random bytes are as good as any.
-void WriteNoise(fs::path const& folder) {
-    std::mt19937 random(1); // NOLINT(cert-msc51-cpp): the same seeds every time
-    for (int i = 0; i < 32; ++i) {
-        Bytes bytes(512);
-        for (std::uint8_t& byte : bytes) {
-            byte = static_cast<std::uint8_t>(random());
-        }
-        WriteFile(folder / "writing" / std::to_string(i), bytes);
     }
 }
 
@@ -72,6 +61,5 @@ int main(int argc, char** argv) {
     for (std::int32_t const shapeType : {1, 3, 5, 8, 11, 13, 15, 18, 21, 23, 25, 28}) {
         WriteSeedsOf(shapeType, folder);
     }
-    WriteNoise(folder);
     return 0;
 }

@@ -1,7 +1,7 @@
 // The whole life of a source. An input is one byte of options, three 16-bit lengths (index, table,
 // coordinate system), those files, and the main file in what is left.
 
-#include "Scratch.h"
+#include "Checks.h"
 #include "SourceLife.h"
 
 #include <algorithm>

@@ -1,6 +1,6 @@
 // A table alone: the input is the file.
 
-#include "Scratch.h"
+#include "Checks.h"
 
 #include "ShpReader/dbf/BDbfFile.h"
 

@@ -1,6 +1,6 @@
 // The write side: a schema and values made of the input are written and read back.
 
-#include "Scratch.h"
+#include "Checks.h"
 
 #include "Ambrel/Ambrel.h"
 #include "ShpReader/shp/BShpFile.h"

@@ -9,13 +9,7 @@ using namespace std::string_literals;
 
 /// What the table of every type does not meet: single fields, and what dates and texts keep.
 TEST(FieldConversion, TakesTheFieldsBytesAlone) {
-    struct {
-        EVariantType type;
-        std::string record;
-        std::int32_t offset;
-        std::int32_t width;
-        std::string value;
-    } const cases[] = {
+    std::tuple<EVariantType, std::string, std::int32_t, std::int32_t, std::string> const cases[] = {
         {VAR_INTEGER64, "91234567890129", 1, 12, "long 123456789012"},
         {VAR_BOOLEAN, "TF?T", 1, 2, "false"},
         {VAR_DATE, "2 2021-02 1", 1, 8, "date 2021-02"},
@@ -30,12 +24,11 @@ TEST(FieldConversion, TakesTheFieldsBytesAlone) {
         {VAR_STRING, " abc", 4, 1, "text "},
         {VAR_STRING, " abc", 5000, 1, "text "},
     };
-    for (auto const& each : cases) {
+    for (auto const& [type, record, offset, width, value] : cases) {
         BAttribute attribute;
-        BDbfFile::DbfField2Attribute(each.record, Field("name", each.type, each.width), each.offset,
-                                     attribute);
+        BDbfFile::DbfField2Attribute(record, Field("name", type, width), offset, attribute);
         EXPECT_STREQ(attribute.GetName().Ascii(), "name");
-        EXPECT_EQ(TextOf(attribute.GetValue()), each.value) << "record <" << each.record << ">";
+        EXPECT_EQ(TextOf(attribute.GetValue()), value) << "record <" << record << ">";
     }
 }
 

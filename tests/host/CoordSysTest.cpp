@@ -86,30 +86,25 @@ TEST(CoordSys, RefusesWhatIsNone) {
 TEST(CoordSys, TransformsToLongitudeAndLatitude) {
     // The national grid's test point of the Ordnance Survey's guide (Caister water tower), to the
     // 5 m that a shift by seven parameters gives; the centre of Berlin, in UTM.
-    struct {
-        std::string text;
-        BPoint position;
-        BPoint expected;
-        double tolerance; ///< degrees
-    } const cases[] = {
+    std::tuple<std::string, BPoint, BPoint, double> const cases[] = {
         {wgs84, {13, 52, 7}, {13, 52, 7}, 1e-12},
         {"EPSG:4326", {13, 52}, {13, 52}, 1e-12},
         {utm33, {500000, 0, 3}, {15, 0, 3}, 1e-9},
         {britishGrid, {651409.903, 313177.270}, {1.716073973, 52.658007833}, 5e-5},
         {"EPSG:3857", {20037508.342789244, 0}, {180, 0}, 1e-9},
     };
-    for (auto const& test : cases) {
-        Holder system(BCoordSys::FromText(test.text.c_str()));
+    for (auto const& [text, position, expected, tolerance] : cases) {
+        Holder system(BCoordSys::FromText(text.c_str()));
         std::unique_ptr<BTransform> const transform = system->MakeTransformToWgs84();
         system.reset();
-        BPoint point = test.position;
+        BPoint point = position;
         transform->Forward(point);
-        EXPECT_NEAR(point.X, test.expected.X, test.tolerance);
-        EXPECT_NEAR(point.Y, test.expected.Y, test.tolerance);
-        EXPECT_EQ(point.Z, test.expected.Z);
+        EXPECT_NEAR(point.X, expected.X, tolerance);
+        EXPECT_NEAR(point.Y, expected.Y, tolerance);
+        EXPECT_EQ(point.Z, expected.Z);
         transform->Reverse(point);
-        EXPECT_NEAR(point.X, test.position.X, 1e-3);
-        EXPECT_NEAR(point.Y, test.position.Y, 1e-3);
+        EXPECT_NEAR(point.X, position.X, 1e-3);
+        EXPECT_NEAR(point.Y, position.Y, 1e-3);
     }
 }
 

@@ -50,27 +50,16 @@ void* operator new(std::size_t size) {
     }
     throw std::bad_alloc();
 }
-void* operator new[](std::size_t size) {
-    return operator new(size);
-}
 void* operator new(std::size_t size, std::nothrow_t const&) noexcept {
-    return Give(size);
-}
-void* operator new[](std::size_t size, std::nothrow_t const&) noexcept {
     return Give(size);
 }
 void operator delete(void* block) noexcept {
     TakeBack(block);
 }
-void operator delete[](void* block) noexcept {
-    TakeBack(block);
-}
 void operator delete(void* block, std::size_t) noexcept {
     TakeBack(block);
 }
-void operator delete[](void* block, std::size_t) noexcept {
-    TakeBack(block);
-}
+
 namespace Ambrel::Test::Allocations {
 
 std::int64_t LiveBlocks() noexcept {

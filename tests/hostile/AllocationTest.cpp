@@ -114,14 +114,7 @@ TEST_F(AllocationTest, Write) {
     Texts const expected = {"std::bad_alloc", "BException BShpFile::Open",
                             "BException BDbfFile::Open"};
     FailInTurn(expected, [this] {
-        BAttributeDefs schema;
-        BAttributeDef field;
-        field.name = "a name that is cut";
-        field.width = 9;
-        schema.Add(field);
-        BSharedPtr<BFeature> const feature(new BFeature);
-        feature->attributes.Add(field.name, "text");
-        return [=, name = folder.File("out.shp")] {
+        return [schema = NameSchema(), feature = FeatureNamed("x"), name = folder.File("out.shp")] {
             BShpFile file;
             file.Open(name, BShpFile::writeMode, true, BString());
             file.PrepareTable(schema);

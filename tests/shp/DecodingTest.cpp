@@ -206,11 +206,7 @@ TEST(DecodingTest, TakesZFromAnAttribute) {
     Texts const notTaken = {
         "SHP-Reader: Record 0: the value of text is not a number; Z unchanged."};
     Parts const line = {{{1, 2}, {3, 4}}};
-    struct {
-        ShapefileBuilder builder;
-        char const* attribute;
-        char const* geometry;
-    } cases[] = {
+    std::tuple<ShapefileBuilder, char const*, char const*> cases[] = {
         {ShapefileBuilder(11).Point(1, 2, 3), "h", "point Z[1 2 12.5]"},
         {ShapefileBuilder(8).MultiPoint(line[0]), "h",
          "points Z{point Z[1 2 12.5] point Z[3 4 12.5]}"},
@@ -220,12 +216,12 @@ TEST(DecodingTest, TakesZFromAnAttribute) {
         {ShapefileBuilder(1).Null(), "h", "none"},
         {ShapefileBuilder(1).Point(1, 2), "text", "point[1 2]"},
     };
-    for (auto& c : cases) {
-        c.builder.Field("h", 'N', 6, 1).Field("text", 'C', 4).Row({"12.5"});
-        OpenShapefile const file(c.builder, true, c.attribute);
+    for (auto& [builder, attribute, geometry] : cases) {
+        builder.Field("h", 'N', 6, 1).Field("text", 'C', 4).Row({"12.5"});
+        OpenShapefile const file(builder, true, attribute);
         LogCapture const log;
-        EXPECT_EQ(TextOf(*file->ReadFeature(0, true)), c.geometry);
-        EXPECT_EQ(log.TextsOf(LOG_WARNING), c.attribute == BString("h") ? Texts() : notTaken);
+        EXPECT_EQ(TextOf(*file->ReadFeature(0, true)), geometry);
+        EXPECT_EQ(log.TextsOf(LOG_WARNING), attribute == BString("h") ? Texts() : notTaken);
     }
     OpenShapefile const file(ShapefileBuilder(1).Point(1, 2), true, "none");
     EXPECT_BEXCEPTION(file->ReadFeature(0, true), BAttributeDataException,

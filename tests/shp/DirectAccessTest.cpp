@@ -3,6 +3,7 @@
 #include "ShpSupport.h"
 
 #include <limits>
+#include <thread>
 
 namespace Ambrel::Test {
 
@@ -63,8 +64,6 @@ TEST(DirectAccessTest, KeepsTheFileOpenThroughCopies) {
     first.reset();
     file.file = BSharedPtr<BShpFile>();
     EXPECT_EQ(TextOf(*copy.GetAt(1)), "point[3 4]");
-    EXPECT_BEXCEPTION(copy.GetAtImpl(0x100000001U, false), BIndexOutOfBoundsException,
-                      "BShpFile::ReadFeature", "Index=4294967297, NumRecords=2");
     BRect const& rectangle = copy.GetFeatureMBRAt(0);
     EXPECT_EQ(TextOf(rectangle), "1 2 1 2");
     EXPECT_EQ(&copy.GetFeatureMBRAt(1), &rectangle);
@@ -107,6 +106,105 @@ TEST(DirectAccessTest, AnswersThroughTheLayerOfAReaderThatIsGone) {
     std::uint64_t position = 0;
     copy.FromByteArray(bytes, position);
     EXPECT_EQ(TextsOf(copy), TextsOf(features));
+}
+
+/// What the records are drawn as, in a window where a map unit takes two pixels.
+Texts Draw(ShapefileBuilder const& builder, Indexes const& indexes) {
+    OpenShapefile const file(builder);
+    RecordingRenderer const renderer(2);
+    file->RenderFeatures(indexes, &renderer);
+    return renderer.calls;
+}
+
+TEST(DrawingTest, DrawsEveryTypeWithOneCall) {
+    ShapefileBuilder builder(15);
+    builder.Point(1, 2, 9).Null().MultiPoint({{1, 2}, {3, 4}}, {9, 9});
+    builder.Polyline({{{0, 0}, {1, 1}}}, {9, 9});
+    builder.Polygon({{{0, 0}, {0, 9}, {9, 9}, {9, 0}, {0, 0}}, {{1, 1}, {2, 1}, {2, 2}, {1, 1}}});
+    EXPECT_EQ(Draw(builder, {4, 1, 0, 2, 3, 0}),
+              (Texts{"polygon 0,0 0,18 18,18 18,0 0,0 2,2 4,2 4,4 2,2 from 0 5", "point 2,4",
+                     "points 2,4 6,8", "line 0,0 2,2 from 0", "point 2,4"}));
+}
+
+TEST(DrawingTest, CutsWindowCoordinatesOfLinesAndKeepsThoseOfPoints) {
+    ShapefileBuilder builder(3);
+    builder.Point(10.9, -10.9).Polyline({{{10.9, -10.9}, {0.4, -0.4}}});
+    builder.Polyline({{{1e300, -1e10}, {notANumber, 3}}});
+    EXPECT_EQ(Draw(builder, {0, 1, 2}), (Texts{"point 21.8,-21.8", "line 21,-21 0,0 from 0",
+                                               "line 2147483647,-2147483648 0,6 from 0"}));
+}
+
+TEST(DrawingTest, ThrowsAtTypesThatCanNotBeDrawn) {
+    OpenShapefile const file(
+        ShapefileBuilder(1).Point(1, 2).Raw(ByteList().Little32(31)).Raw(ByteList().Little32(-1U)));
+    RecordingRenderer const renderer;
+    EXPECT_BEXCEPTION(file->RenderFeatures({0, 1, 0}, &renderer), BUnknownGeometryException,
+                      "BShpFile::Read", "Record type=31");
+    EXPECT_EQ(renderer.calls, Texts{"point 1,2"});
+    EXPECT_BEXCEPTION(file->RenderFeatures({2}, &renderer), BUnknownGeometryException,
+                      "BShpFile::Read", "Record type=-1");
+}
+
+TEST(DrawingTest, DrawsNothingForRecordsThatAreNotValid) {
+    ShapefileBuilder builder(5);
+    Parts const square = {{{0, 0}, {0, 9}, {9, 9}, {0, 0}}};
+    builder.Raw({1, 0}).Polygon(square).Patch(40, {9}).Polygon(square).Patch(44, {5});
+    builder.MultiPoint({{1, 2}}).CutContent(50).Point(1, 2).CutContent(12);
+    LogCapture const log;
+    EXPECT_EQ(Draw(builder, {0, 1, 2, 3, 4}), Texts());
+    EXPECT_EQ(
+        log.TextsOf(LOG_WARNING),
+        (Texts{NotValid(0, "content is too short"), NotValid(1, "counts do not fit the content"),
+               NotValid(2, "part starts are out of order"),
+               NotValid(3, "counts do not fit the content"), NotValid(4, "content is too short")}));
+}
+
+/// What one thread sees of a file, failing fetches included.
+Texts Ask(BShpFeatureCollection const& features) {
+    Texts answers;
+    for (std::uint64_t i = 0; i < features.GetCount(); ++i) {
+        try {
+            BSharedPtr<BFeature> const feature = features.GetAt(i, true);
+            answers.push_back(TextOf(*feature) + TextOf(feature->GetMetadata()) +
+                              feature->attributes.GetAt(0).GetValue().GetValueAsString("").Ascii());
+        } catch (BException const& failure) {
+            answers.push_back(failure.what());
+        }
+    }
+    std::vector<std::uint64_t> selected;
+    features.SelectFeatures(BRect(0, 0, 50, 50), BParamList(), selected);
+    RecordingRenderer const renderer;
+    features.RenderFeatures(selected, &renderer);
+    answers.insert(answers.end(), renderer.calls.begin(), renderer.calls.end());
+    answers.push_back(features.HasFeaturesInArea(BRect(1, 1, 2, 2), BParamList()) ? "yes" : "no");
+    return answers;
+}
+
+TEST(ThreadTest, SeveralAskOneFileAtOnce) {
+    ShapefileBuilder builder(3);
+    for (int i = 0; i < 100; ++i) {
+        builder.Polyline({{{i * 1.0, 0}, {i + 1.0, 1}}});
+        if (i % 10 == 9) {
+            builder.Raw(ByteList().Little32(31)); // Fetching it fails and frees the index.
+        }
+    }
+    OpenShapefile file(builder);
+    BShpFeatureCollection const features(file.file);
+    Texts const expected = Ask(features);
+    for (int round = 0; round < 5; ++round) {
+        file->LoadIndex();
+        std::vector<Texts> answers(3);
+        std::vector<std::thread> threads;
+        for (Texts& answer : answers) {
+            threads.emplace_back([&] { answer = Ask(features); });
+        }
+        for (std::thread& thread : threads) {
+            thread.join();
+        }
+        for (Texts const& answer : answers) {
+            EXPECT_EQ(answer, expected);
+        }
+    }
 }
 
 } // namespace

@@ -15,15 +15,8 @@ TEST(OpeningTest, LayersAndCollectionsFollowTheHeader) {
     std::string const none = "ShpHasMeasures=false";
     std::string const some = "ShpHasMeasures=true ";
     std::string const z = "ShpMinZCoord=-3 ShpMaxZCoord=7 ";
-    struct {
-        char const* what;
-        std::int32_t type;
-        double mMin;
-        double mMax;
-        EGeometryClass geometryClass;
-        EGeometryType geometryType;
-        std::string metadata;
-    } const cases[] = {
+    std::tuple<char const*, std::int32_t, double, double, EGeometryClass, EGeometryType,
+               std::string> const cases[] = {
         {"null shapes", 0, 1, 2, GEO_CLASS_NONE, GEO_NONE, none},
         {"type without either", 1, 1, 2, GEO_CLASS_POINTS, GEO_POINT, none},
         {"range of zeros", 15, 0, 0, GEO_CLASS_AREAS, GEO_POLYGON, z + none},
@@ -35,28 +28,28 @@ TEST(OpeningTest, LayersAndCollectionsFollowTheHeader) {
          z + some + "ShpMinMeasure=nan ShpMaxMeasure=0"},
         {"multipatch", 31, 1, 2, GEO_CLASS_NONE, GEO_NONE, none},
     };
-    for (auto const& c : cases) {
-        SCOPED_TRACE(c.what);
-        OpenShapefile file(ShapefileBuilder(c.type)
+    for (auto const& [what, type, mMin, mMax, geometryClass, geometryType, metadata] : cases) {
+        SCOPED_TRACE(what);
+        OpenShapefile file(ShapefileBuilder(type)
                                .Null()
                                .Null()
                                .Extent(1, 2, 3, 4)
                                .ZRange(-3, 7)
-                               .MRange(c.mMin, c.mMax));
+                               .MRange(mMin, mMax));
         BSharedPtr<BVectorLayer> layer = MakeLayer();
         file->SetUpLayer(layer);
         EXPECT_TRUE(file->HasIndexInMemory());
-        EXPECT_EQ(layer->GetSingleGeometryClass(), c.geometryClass);
-        EXPECT_EQ(TextOf(layer->GetMetadata()), c.metadata);
+        EXPECT_EQ(layer->GetSingleGeometryClass(), geometryClass);
+        EXPECT_EQ(TextOf(layer->GetMetadata()), metadata);
         EXPECT_EQ(layer->GetSchema().GetCount(), 1U);
-        bool const hasZ = c.type / 10 == 1;
+        bool const hasZ = type / 10 == 1;
         EXPECT_EQ(layer->Is3d(), hasZ);
 
         BShpFeatureCollection collection(file.file);
         EXPECT_TRUE(collection.CanRender() && collection.CanSelect());
-        std::uint64_t const count = c.geometryType == GEO_NONE ? 0 : 2;
-        EXPECT_EQ(collection.GetGeometryCounts().GetGeometryClassCount(c.geometryClass), count);
-        EXPECT_EQ(collection.GetGeometryCounts().GetGeometryTypeCount(c.geometryType), count);
+        std::uint64_t const count = geometryType == GEO_NONE ? 0 : 2;
+        EXPECT_EQ(collection.GetGeometryCounts().GetGeometryClassCount(geometryClass), count);
+        EXPECT_EQ(collection.GetGeometryCounts().GetGeometryTypeCount(geometryType), count);
         EXPECT_EQ(collection.ComputeMBB().zMax, hasZ ? 7 : BBox().zMax);
         EXPECT_EQ(TextOf(static_cast<BRect const&>(collection.ComputeMBB())), "1 2 3 4");
     }

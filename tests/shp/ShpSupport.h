@@ -30,6 +30,22 @@ public:
     BSharedPtr<BShpFile> file{new BShpFile};
 };
 
+inline BSharedPtr<BFeature> FeatureNamed(char const* name) {
+    BSharedPtr<BFeature> feature(new BFeature);
+    feature->attributes.Add("name", BVariant(name));
+    return feature;
+}
+
+/// The schema of such features.
+inline BAttributeDefs NameSchema() {
+    BAttributeDef name;
+    name.name = "name that is cut";
+    name.width = 6;
+    BAttributeDefs schema;
+    schema.Add(name);
+    return schema;
+}
+
 /// Points 0 0, 1 1, and so on.
 inline ShapefileBuilder Diagonal(int count) {
     ShapefileBuilder builder(1);

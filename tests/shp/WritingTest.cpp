@@ -6,21 +6,6 @@ namespace Ambrel::Test {
 
 namespace {
 
-BSharedPtr<BFeature> FeatureNamed(char const* name) {
-    BSharedPtr<BFeature> feature(new BFeature);
-    feature->attributes.Add("name", BVariant(name));
-    return feature;
-}
-
-BAttributeDefs NameSchema() {
-    BAttributeDef name;
-    name.name = "name";
-    name.width = 6;
-    BAttributeDefs schema;
-    schema.Add(name);
-    return schema;
-}
-
 Bytes ExpectedHeader(std::uint32_t words) {
     double const most = std::numeric_limits<double>::max();
     return ByteList().Big32(9994).Fill(20).Big32(words).Little32(1000).Little32(0).Reals(

@@ -16,10 +16,7 @@ using Bytes = std::vector<std::uint8_t>;
 /// `ByteList().Little32(1).Real(10).Real(20)`.
 class ByteList {
 public:
-    ByteList& Byte(std::uint8_t value) {
-        bytes.push_back(value);
-        return *this;
-    }
+    ByteList& Byte(std::uint8_t value) { return Append({value}); }
     ByteList& Little16(std::uint16_t value) { return Little(value, 2); }
     ByteList& Little32(std::uint32_t value) { return Little(value, 4); }
     ByteList& Big32(std::uint32_t value) {
@@ -34,13 +31,9 @@ public:
         }
         return *this;
     }
-    ByteList& Text(std::string_view text) {
-        bytes.insert(bytes.end(), text.begin(), text.end());
-        return *this;
-    }
+    ByteList& Text(std::string_view text) { return Append({text.begin(), text.end()}); }
     ByteList& Fill(std::size_t count, std::uint8_t value = 0) {
-        bytes.insert(bytes.end(), count, value);
-        return *this;
+        return Append(Bytes(count, value));
     }
     ByteList& Append(Bytes const& other) {
         bytes.insert(bytes.end(), other.begin(), other.end());

@@ -103,13 +103,7 @@ ShapefileBuilder& ShapefileBuilder::Raw(Bytes const& content) {
     positions.push_back(records.Size());
     entries.Big32(Words(headerSize + records.Size())).Big32(Words(content.size()));
     records.Big32(static_cast<std::uint32_t>(positions.size())).Big32(Words(content.size()));
-    records.Append(content);
-    return *this;
-}
-
-ShapefileBuilder& ShapefileBuilder::Junk(Bytes const& bytes) {
-    records.Append(bytes);
-    return *this;
+    return After(records.Append(content));
 }
 
 ShapefileBuilder& ShapefileBuilder::CutContent(std::size_t size) {

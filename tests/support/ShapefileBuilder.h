@@ -10,6 +10,7 @@
 #include <filesystem>
 #include <map>
 #include <optional>
+#include <set>
 #include <string>
 #include <utility>
 #include <vector>
@@ -41,8 +42,7 @@ public:
     /// What the headers of the main file and of the index state, in place of what follows from the
     /// records.
     ShapefileBuilder& PatchHeader(std::size_t offset, Bytes const& bytes) {
-        headerPatches.emplace_back(offset, bytes);
-        return *this;
+        return After(headerPatches.emplace_back(offset, bytes));
     }
     ShapefileBuilder& Version(std::uint32_t value) {
         return PatchHeader(28, ByteList().Little32(value));
@@ -73,7 +73,7 @@ public:
     /// A record with this content, its shape type included.
     ShapefileBuilder& Raw(Bytes const& content);
     /// Bytes behind the last record.
-    ShapefileBuilder& Junk(Bytes const& bytes);
+    ShapefileBuilder& Junk(Bytes const& bytes) { return After(records.Append(bytes)); }
 
     /// The last record in place of what follows from its content. Lengths and offsets are given
     /// in 16-bit words.
@@ -84,12 +84,10 @@ public:
         return PutMain(4, ByteList().Big32(words));
     }
     ShapefileBuilder& IndexOffset(std::uint32_t words) {
-        entries.Put(entries.Size() - 8, ByteList().Big32(words));
-        return *this;
+        return After(entries.Put(entries.Size() - 8, ByteList().Big32(words)));
     }
     ShapefileBuilder& IndexLength(std::uint32_t words) {
-        entries.Put(entries.Size() - 4, ByteList().Big32(words));
-        return *this;
+        return After(entries.Put(entries.Size() - 4, ByteList().Big32(words)));
     }
     /// Puts bytes over those at an offset of the record's content.
     ShapefileBuilder& Patch(std::size_t offset, Bytes const& bytes) {
@@ -99,37 +97,28 @@ public:
     ShapefileBuilder& CutContent(std::size_t size);
     /// An index entry behind those of the records so far.
     ShapefileBuilder& IndexEntry(std::uint32_t offsetWords, std::uint32_t lengthWords) {
-        entries.Big32(offsetWords).Big32(lengthWords);
-        return *this;
+        return After(entries.Big32(offsetWords).Big32(lengthWords));
     }
 
     ShapefileBuilder& Field(std::string const& name, char letter, std::uint8_t width,
                             std::uint8_t decimals = 0) {
-        OwnTable().Field(name, letter, width, decimals);
-        return *this;
+        return After(OwnTable().Field(name, letter, width, decimals));
     }
     ShapefileBuilder& Row(std::vector<std::string> const& cells) {
-        OwnTable().Row(cells);
-        return *this;
+        return After(OwnTable().Row(cells));
     }
     /// The whole table, where it needs more than fields and rows.
-    ShapefileBuilder& Table(TableBuilder const& newTable) {
-        table = newTable;
-        return *this;
-    }
+    ShapefileBuilder& Table(TableBuilder const& newTable) { return After(table = newTable); }
     /// A file beside the others, by its extension: File(".prj", "EPSG:4326").
     ShapefileBuilder& File(std::string const& extension, std::string const& text) {
-        companions[extension] = ByteList().Text(text);
-        return *this;
+        return After(companions[extension] = ByteList().Text(text));
     }
     ShapefileBuilder& Without(std::string const& extension) {
-        missing.push_back(extension);
-        return *this;
+        return After(missing.insert(extension));
     }
     /// Keeps the first `size` bytes of that file.
     ShapefileBuilder& Cut(std::string const& extension, std::size_t size) {
-        sizes[extension] = size;
-        return *this;
+        return After(sizes[extension] = size);
     }
 
     std::size_t RecordCount() const { return positions.size(); }
@@ -141,6 +130,11 @@ public:
     BString WriteTo(std::filesystem::path const& folder, std::string const& baseName) const;
 
 private:
+    /// The builder, after what made the argument.
+    template <class Done>
+    ShapefileBuilder& After(Done const&) {
+        return *this;
+    }
     bool HasZ() const { return shapeType > 10 && shapeType < 20; }
     bool HasM() const { return shapeType > 20 && shapeType < 30; }
     std::uint32_t Variant(std::uint32_t type) const {
@@ -152,8 +146,7 @@ private:
     ShapefileBuilder& AddShape(std::uint32_t type, ByteList const& counts, Vertices const& vertices,
                                Reals const& z, Reals const& m);
     ShapefileBuilder& PutMain(std::size_t offset, Bytes const& bytes) {
-        records.Put(positions.back() + offset, bytes);
-        return *this;
+        return After(records.Put(positions.back() + offset, bytes));
     }
     TableBuilder& OwnTable() { return table ? *table : table.emplace(); }
     TableBuilder NumberedRows() const;
@@ -172,7 +165,7 @@ private:
     std::optional<TableBuilder> table;
     std::map<std::string, Bytes> companions;
     std::map<std::string, std::size_t> sizes;
-    std::vector<std::string> missing;
+    std::set<std::string> missing;
 };
 
 } // namespace Ambrel::Test

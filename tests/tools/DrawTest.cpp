@@ -39,11 +39,7 @@ TEST_F(Draw, PaintsRecordsWhereTheyLieAndInTheirStyle) {
     double const infinity = std::numeric_limits<double>::infinity();
     std::string const dots = "--style color=red,width=8";
     std::string const inPixels = "--bbox 0,0,120,120 --style ";
-    struct {
-        ShapefileBuilder builder;
-        std::string options;
-        Probes probes;
-    } const cases[] = {
+    std::tuple<ShapefileBuilder, std::string, Probes> const cases[] = {
         // The whole extent, with a margin of 10 pixels; the proportions stay.
         {ShapefileBuilder(8).MultiPoint({{0, 10}, {100, 0}}),
          dots,

@@ -9,11 +9,7 @@ namespace {
 using Encoding = ToolTest;
 
 TEST_F(Encoding, KnowsTheSpellingsOfTheField) {
-    struct {
-        char const* bytes;
-        char const* text;
-        std::vector<std::string_view> names;
-    } const cases[] = {
+    std::tuple<char const*, char const*, std::vector<std::string_view>> const cases[] = {
         {"\xC3\xA9", "é", {"UTF-8\r\n", "utf8", "\xEF\xBB\xBFUTF-8", "65001"}},
         {"\xE9\x80", "é€", {"1252", "ANSI 1252", "cp1252", "Windows-1252\n"}},
         {"\xE9", "é", {"88591", "ISO-8859-1", "ISO88591", "ISO 8859-1 "}},
@@ -31,10 +27,10 @@ TEST_F(Encoding, KnowsTheSpellingsOfTheField) {
         {"\xE0", "ą", {"'1257'"}},
         {"A", "no codec", {"", "  ", "nonsense", "99999", "UTF-16", "IBM500"}},
     };
-    for (auto const& c : cases) {
-        for (std::string_view const name : c.names) {
+    for (auto const& [bytes, text, names] : cases) {
+        for (std::string_view const name : names) {
             QTextCodec const* const codec = Tool::FindCodec(name);
-            EXPECT_EQ(codec ? codec->toUnicode(c.bytes).toStdString() : "no codec", c.text) << name;
+            EXPECT_EQ(codec ? codec->toUnicode(bytes).toStdString() : "no codec", text) << name;
         }
     }
 }

@@ -61,11 +61,7 @@ TEST_F(Export, WritesEachKindOfGeometry) {
     Vertices const hole = {{2, 2}, {4, 2}, {4, 4}, {2, 2}};
     Vertices const far = {{20, 0}, {20, 9}, {29, 9}, {20, 0}};
     Parts const line = {{{1, 2}, {3, 4}}};
-    struct {
-        ShapefileBuilder builder;
-        std::string geoJson;
-        std::string csv;
-    } const cases[] = {
+    std::tuple<ShapefileBuilder, std::string, std::string> const cases[] = {
         {ShapefileBuilder(5).Null(), "null", ""},
         {ShapefileBuilder(1).Point(1, 2), "Point [1,2]", "POINT (1 2)"},
         {ShapefileBuilder(11).Point(1, 2, 3), "Point [1,2,3]", "POINT Z (1 2 3)"},
@@ -100,15 +96,15 @@ TEST_F(Export, WritesEachKindOfGeometry) {
         {ShapefileBuilder(3).Polyline({{{0, 0}, {infinity, 1}}}), "null", ""},
         {ShapefileBuilder(13).Polyline(line, {5, infinity}), "null", ""},
     };
-    for (auto const& c : cases) {
-        Write(c.builder);
+    for (auto const& [builder, geoJson, csv] : cases) {
+        Write(builder);
         Json const geometry = RunForJson("export map.shp")["features"][0]["geometry"];
         EXPECT_EQ(geometry.is_null()
                       ? "null"
                       : geometry.value("type", "") + " " + geometry["coordinates"].dump(),
-                  c.geoJson);
+                  geoJson);
         EXPECT_EQ(RunTool("export map.shp --format csv --no-attributes"),
-                  Printed("wkt\r\n" + c.csv + "\r\n"));
+                  Printed("wkt\r\n" + csv + "\r\n"));
     }
 }
 

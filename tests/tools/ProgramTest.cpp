@@ -25,10 +25,7 @@ protected:
 };
 
 TEST_F(Program, GetsAlongWithPipesFilesAndLocales) {
-    struct {
-        char const* command;
-        ToolRun expected;
-    } const cases[] = {
+    std::tuple<char const*, ToolRun> const cases[] = {
         {"$TOOL export Zürich -o out && $TOOL export Zürich | cmp - out && wc -l <out",
          Printed("20002\n")},
         // The reader that leaves is no failure.
@@ -43,8 +40,8 @@ TEST_F(Program, GetsAlongWithPipesFilesAndLocales) {
         {"$TOOL export Zürich >/dev/full",
          Failed(1, "OutputException: write: standard output: No space left on device")},
     };
-    for (auto const& c : cases) {
-        EXPECT_EQ(Run(c.command), c.expected);
+    for (auto const& [command, expected] : cases) {
+        EXPECT_EQ(Run(command), expected);
     }
 }
 
