@@ -1,5 +1,7 @@
 #include "DbfSupport.h"
 
+#include <sys/stat.h>
+
 namespace Ambrel::Test {
 namespace {
 
@@ -128,6 +130,15 @@ TEST_F(TableOpening, LongestRecordGrowsWithoutWrapping) {
     builder.RawRow(ByteList().Text(" one").Fill(65532)).RawRow(ByteList().Text(" two").Fill(65532));
     Open(builder);
     EXPECT_EQ(Read(1), Texts{"text two"});
+}
+
+TEST_F(TableOpening, OnlyRegularFilesAreOpened) {
+    EXPECT_BEXCEPTION(Reopen(), BFileNotFoundException, openOperation, path);
+    ASSERT_EQ(mkfifo(file.c_str(), 0600), 0);
+    for (int const mode : {BDbfFile::readMode, BDbfFile::writeMode}) {
+        EXPECT_BEXCEPTION(BDbfFile().Open(path, mode, true), BFileNotFoundException, openOperation,
+                          path);
+    }
 }
 
 TEST_F(TableOpening, OperationsAskForTheModeTheyNeed) {

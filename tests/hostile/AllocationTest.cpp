@@ -76,7 +76,13 @@ TEST_F(AllocationTest, Read) {
                 reader->Read();
             } catch (BResourceException const& failure) {
                 bool const isReader = failure.GetOperation() == "BShpReader::Read";
-                EXPECT_EQ(reader->GetStatus() == STATUS_OUT_OF_MEMORY, isReader);
+                EXPECT_EQ(reader->GetStatus() == 2, isReader);
+                EXPECT_EQ(failure.GetMessage() == std::bad_alloc().what(), isReader);
+                // Then its files are let go.
+                BParamList const extents = reader->QueryInfo(QUERY_DATA_EXTENTS);
+                EXPECT_EQ(BDataManager::ExtentsOf(extents).IsEmpty(), isReader);
+                reader->ResetStatus();
+                EXPECT_EQ(reader->GetStatus(), 4615U);
                 throw;
             }
         };

@@ -194,13 +194,11 @@ TEST(ThreadTest, SeveralAskOneFileAtOnce) {
     for (int round = 0; round < 5; ++round) {
         file->LoadIndex();
         std::vector<Texts> answers(3);
-        std::vector<std::thread> threads;
+        std::vector<std::jthread> threads;
         for (Texts& answer : answers) {
             threads.emplace_back([&] { answer = Ask(features); });
         }
-        for (std::thread& thread : threads) {
-            thread.join();
-        }
+        threads.clear(); // waits for them
         for (Texts const& answer : answers) {
             EXPECT_EQ(answer, expected);
         }
