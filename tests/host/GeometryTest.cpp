@@ -2,16 +2,12 @@
 
 #include <atomic>
 #include <cmath>
-#include <limits>
 #include <numbers>
 #include <random>
 #include <thread>
 
 namespace Ambrel::Test {
 namespace {
-
-constexpr double nan = std::numeric_limits<double>::quiet_NaN();
-constexpr double infinity = std::numeric_limits<double>::infinity();
 
 using Vertices = std::vector<BPoint>;
 
@@ -26,10 +22,18 @@ bool Contains(BPolygon const& ring, Vertices const& vertices) {
 TEST(BRect, MeetsWhereAPointIsShared) {
     BRect const area(0, 0, 10, 5);
     std::pair<BRect, bool> const cases[] = {
-        {{2, 2, 3, 3}, true},     {{-5, -5, 20, 20}, true}, {{10, 5, 12, 8}, true},
-        {{-3, 0, 0, 5}, true},    {{4, -9, 5, 9}, true},    {{10.1, 0, 12, 5}, false},
-        {{0, 5.1, 10, 6}, false}, {{-2, 0, -1, 5}, false},  {{nan, 0, 10, 5}, false},
-        {{0, 0, 10, nan}, false}, {{8, 0, 2, 5}, false},    {BRect(), false},
+        {{2, 2, 3, 3}, true},
+        {{-5, -5, 20, 20}, true},
+        {{10, 5, 12, 8}, true},
+        {{-3, 0, 0, 5}, true},
+        {{4, -9, 5, 9}, true},
+        {{10.1, 0, 12, 5}, false},
+        {{0, 5.1, 10, 6}, false},
+        {{-2, 0, -1, 5}, false},
+        {{notANumber, 0, 10, 5}, false},
+        {{0, 0, 10, notANumber}, false},
+        {{8, 0, 2, 5}, false},
+        {BRect(), false},
         {{5, 2.5, 5, 2.5}, true},
     };
     for (auto const& [other, meets] : cases) {
@@ -40,8 +44,8 @@ TEST(BRect, MeetsWhereAPointIsShared) {
 
 TEST(BRect, UnionIgnoresWhatIsNotANumber) {
     BRect rectangle;
-    rectangle.Union(BPoint(3, nan));
-    rectangle.Union(BPoint(nan, 4));
+    rectangle.Union(BPoint(3, notANumber));
+    rectangle.Union(BPoint(notANumber, 4));
     rectangle.Union(BRect());
     rectangle.Union(BRect(-1, 2, 1, 3));
     EXPECT_EQ(TextOf(rectangle), "-1 2 3 4");
@@ -59,7 +63,7 @@ TEST(BPolygon, OrientationIsTheSignOfTheArea) {
         {"far", {{1e9, 1e9}, {1e9, 1e9 + 1e-6}, {1e9 + 1e-6, 1e9}}, ORIENTATION_CLOCKWISE},
         {"a sliver", {{0, 0}, {.1, .3}, {.2, std::nextafter(.6, 1)}}, ORIENTATION_COUNTERCLOCKWISE},
         {"tiny", {{0, 0}, {1e-300, 0}, {0, 1e-300}}, ORIENTATION_COUNTERCLOCKWISE},
-        {"not a number", {{0, 0}, {1, nan}, {1, 1}}, ORIENTATION_NONE},
+        {"not a number", {{0, 0}, {1, notANumber}, {1, 1}}, ORIENTATION_NONE},
         {"endless", {{infinity, 0}, {1, 0}, {1, 1}}, ORIENTATION_NONE},
     };
     for (auto const& [name, vertices, orientation] : cases) {
@@ -85,7 +89,10 @@ TEST(BPolygon, ContainsWhatLiesInsideToTheLastBit) {
         {"a square",
          {{0, 0}, {4, 0}, {4, 4}, {0, 4}, {0, 0}},
          {{std::nextafter(4., 0.), 2}},
-         {{2, std::nextafter(0., -1.)}, {std::nextafter(4., 5.), 2}, {nan, 2}, {2, infinity}}},
+         {{2, std::nextafter(0., -1.)},
+          {std::nextafter(4., 5.), 2},
+          {notANumber, 2},
+          {2, infinity}}},
         {"far",
          {{1e6, 1e6}, {1e6 + 3, 1e6 + 1}, {1e6, 1e6 + 1}},
          {{1e6 + 3, 1e6 + 1}, {1e6 + 1.5, 1e6 + .5 + 1e-9}, {1e6 + 1.5, 1e6 + .5}},
@@ -98,7 +105,7 @@ TEST(BPolygon, ContainsWhatLiesInsideToTheLastBit) {
         {"two vertices", {{0, 0}, {4, 2}}, {{2, 1}}, {{2, 1.5}}},
         {"one vertex", {{1, 1}}, {{1, 1}}, {{1, 2}}},
         {"no vertex", {}, {}, {{0, 0}}},
-        {"not a number", {{0, 0}, {nan, 0}, {4, 4}, {0, 4}}, {}, {{1, 2}}},
+        {"not a number", {{0, 0}, {notANumber, 0}, {4, 4}, {0, 4}}, {}, {{1, 2}}},
         {"without end", {{0, 0}, {infinity, 0}, {4, 4}, {0, 4}}, {}, {{1, 2}}},
     };
     for (auto const& [name, vertices, inside, outside] : cases) {

@@ -1,12 +1,8 @@
 #include "ShpSupport.h"
 
-#include <limits>
-
 namespace Ambrel::Test {
 
 namespace {
-
-constexpr double notANumber = std::numeric_limits<double>::quiet_NaN();
 
 LogLines const tooShort = {{LOG_WARNING, NotValid(0, "content is too short")}};
 LogLines const doNotFit = {{LOG_WARNING, NotValid(0, "counts do not fit the content")}};

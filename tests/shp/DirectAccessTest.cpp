@@ -2,14 +2,11 @@
 #include "ShpReader/BShpFeatureCollection.h"
 #include "ShpSupport.h"
 
-#include <limits>
 #include <thread>
 
 namespace Ambrel::Test {
 
 namespace {
-
-constexpr double notANumber = std::numeric_limits<double>::quiet_NaN();
 
 TEST(DirectAccessTest, SelectsWhatMeetsTheArea) {
     ShapefileBuilder builder(3);

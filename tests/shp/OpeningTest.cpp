@@ -3,13 +3,9 @@
 
 #include <QFile>
 
-#include <limits>
-
 namespace Ambrel::Test {
 
 namespace {
-
-constexpr double notANumber = std::numeric_limits<double>::quiet_NaN();
 
 TEST(OpeningTest, LayersAndCollectionsFollowTheHeader) {
     std::string const none = "ShpHasMeasures=false";

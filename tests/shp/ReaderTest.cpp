@@ -49,8 +49,7 @@ TEST_F(ReaderTest, ProxyMakesReadersOfItsFormatAndKnowsWhatTheyOpen) {
     BShpProxy proxy;
     EXPECT_TRUE(proxy.SupportsFormat(DS_SHP));
     EXPECT_FALSE(proxy.SupportsFormat("shp") || proxy.CanWrite(DS_SHP));
-    BParamList params;
-    params.Add(OPTION_DISK_CACHE, true);
+    BParamList const params = Options({{OPTION_DISK_CACHE, true}});
     BCoordSysRepository repository;
     std::unique_ptr<BDataReader> const made(
         proxy.CreateReader("x", params, &repository, BLogger::Instance()));
@@ -81,10 +80,9 @@ TEST_F(ReaderTest, ProxyNamesTemporaryCopiesAfterTheInput) {
 }
 
 TEST_F(ReaderTest, TellsItsBoxAndWhereTheDiskCacheIs) {
-    BParamList options;
-    options.Add(OPTION_DISK_CACHE, true);
-    options.Add(OPTION_DISK_CACHE_BASE_NAME, folder.File("cache"));
-    options.SetValue(OPTION_DISK_CACHE_PAGE_SIZE, 1);
+    BParamList const options = Options({{OPTION_DISK_CACHE, true},
+                                        {OPTION_DISK_CACHE_BASE_NAME, folder.File("cache")},
+                                        {OPTION_DISK_CACHE_PAGE_SIZE, 1}});
     BShpReader cached(options);
     EXPECT_TRUE(cached.GetMBR().IsEmpty()); // not open: there is no answer
     cached.Open(ShapefileBuilder(11).Point(1, 2, 5).Point(3, 4, 9).WriteTo(folder, "a"), options);
@@ -93,9 +91,7 @@ TEST_F(ReaderTest, TellsItsBoxAndWhereTheDiskCacheIs) {
     EXPECT_EQ(cached.GetMBB().zMin + cached.GetMBB().zMax, 5 + 9);
     // Pages of one feature are written at once.
     EXPECT_EQ(BFileUtilities::ListFiles(folder.File("cache-*"), ".cache").size(), 1U);
-    BParamList incomplete;
-    incomplete.Add("XMin", 1.0);
-    EXPECT_TRUE(BDataManager::ExtentsOf(incomplete).IsEmpty());
+    EXPECT_TRUE(BDataManager::ExtentsOf(Options({{"XMin", 1.0}})).IsEmpty()); // not complete
 }
 
 TEST_F(ReaderTest, WritesItsStepsToTheLog) {
@@ -135,9 +131,7 @@ TEST_F(ReaderTest, HoldsFeaturesWhereTheHostWants) {
         EXPECT_EQ(TextsOf(Features()), expected);
         EXPECT_EQ(Features().GetAt(2)->attributes.GetAt(0).GetValue(), BVariant(3));
     }
-    BParamList both;
-    both.Add(OPTION_DIRECT_ACCESS, true);
-    both.Add(OPTION_DISK_CACHE, true);
+    BParamList const both = Options({{OPTION_DIRECT_ACCESS, true}, {OPTION_DISK_CACHE, true}});
     LogCapture const log;
     BShpReader(both).Open(folder.File("a.shp"), BParamList());
     EXPECT_EQ(log.Count(LOG_DETAIL, "SHP-Reader: Using direct access features"), 1U);
@@ -152,10 +146,8 @@ TEST_F(ReaderTest, ReadsAttributesUnlessTold) {
           {"USE_ATTRIBUTES", BVariant(false), 0U, "point[0 0]"},
           {"USE_ATTRIBUTES", BVariant("maybe"), 0U, "point[0 0]"},
           {"USE_ATTRIBUTE_Z", BVariant("id"), 1U, "point Z[0 0 1]"}}) {
-        BParamList params;
-        params.Add(name, value);
         reader = MakeReader();
-        reader->Open(path, params);
+        reader->Open(path, Options({{name, value}}));
         reader->Read();
         EXPECT_EQ(Features().GetAt(0)->attributes.GetCount(), attributes) << name;
         EXPECT_EQ(TextsOf(Features()), Texts{geometry});

@@ -61,11 +61,8 @@ inline BSharedPtr<BVectorLayer> MakeLayer() {
 
 /// A reader whose host has chosen the storage mode; lets tests set what hosts set.
 inline std::unique_ptr<BShpReader> MakeReader(BString const& option = BString()) {
-    BParamList options;
-    if (!option.IsEmpty()) {
-        options.Add(option, true);
-    }
-    return std::make_unique<BShpReader>(options);
+    return std::make_unique<BShpReader>(option.IsEmpty() ? BParamList()
+                                                         : Options({{option, true}}));
 }
 
 inline BVectorLayer& LayerOf(BShpReader const& reader, std::uint64_t index = 0) {

@@ -1,7 +1,5 @@
 #include "ShpSupport.h"
 
-#include <limits>
-
 namespace Ambrel::Test {
 
 namespace {

@@ -2,8 +2,6 @@
 
 #include <QImage>
 
-#include <limits>
-
 namespace Ambrel::Test {
 namespace {
 
@@ -36,7 +34,6 @@ Vertices Square(double from, double to) {
 }
 
 TEST_F(Draw, PaintsRecordsWhereTheyLieAndInTheirStyle) {
-    double const infinity = std::numeric_limits<double>::infinity();
     std::string const dots = "--style color=red,width=8";
     std::string const inPixels = "--bbox 0,0,120,120 --style ";
     std::tuple<ShapefileBuilder, std::string, Probes> const cases[] = {

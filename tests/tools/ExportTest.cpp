@@ -2,14 +2,12 @@
 #include "ToolRun.h"
 
 #include <cmath>
-#include <limits>
 
 namespace Ambrel::Test {
 namespace {
 
 using Json = nlohmann::json;
 
-constexpr double infinity = std::numeric_limits<double>::infinity();
 std::string const modes[] = {"stream", "memory", "cache", "direct"};
 
 using Export = ToolTest;
