@@ -32,12 +32,17 @@ TEST(DirectAccessTest, SelectsWhatMeetsTheArea) {
     }
 }
 
-/// Long enough for reading ahead to start, to meet gaps and jumps, and to end.
-TEST(DirectAccessTest, SelectsInLongFilesWhateverTheirOrder) {
+/// Long enough for reading ahead to start, to meet gaps, jumps and records of more bytes than it
+/// holds, and to end.
+TEST(DirectAccessTest, ReadsAndSelectsInLongFilesWhateverTheirOrder) {
     ShapefileBuilder builder(3);
     Indexes expected;
     for (std::uint64_t i = 0; i < 3000; ++i) {
-        builder.Polyline({Vertices(i % 97 == 0 ? 2000 : 2, Vertex{i * 1.0, 0})});
+        Vertices line(i % 970 == 1 ? 40000 : i % 97 == 0 ? 2000 : 2, Vertex{i * 1.0, 0});
+        for (std::size_t vertex = 0; vertex < line.size(); ++vertex) {
+            line[vertex].y = static_cast<double>(vertex);
+        }
+        builder.Polyline({line});
         builder.Junk(Bytes(i % 5 == 0 ? i % 7 * 3000 : 0));
         if (i >= 1000 && i <= 2500) {
             expected.push_back(i);
@@ -50,8 +55,13 @@ TEST(DirectAccessTest, SelectsInLongFilesWhateverTheirOrder) {
     RecordingRenderer const renderer;
     Indexes const backwards(result.rbegin(), result.rend());
     file->RenderFeatures(backwards, &renderer);
-    EXPECT_EQ(renderer.calls.at(1), "line 2499,0 2499,0 from 0");
+    EXPECT_EQ(renderer.calls.at(1), "line 2499,0 2499,1 from 0");
     EXPECT_EQ(renderer.calls.size(), expected.size());
+    BSharedPtr<BVectorLayer> const layer = MakeLayer();
+    file->Read(layer);
+    for (std::uint64_t i = 0; i < 3000; ++i) {
+        ASSERT_EQ(TextOf(*layer->GetFeatures().GetAt(i)), TextOf(*file->ReadFeature(i, false)));
+    }
 }
 
 TEST(DirectAccessTest, KeepsTheFileOpenThroughCopies) {

@@ -59,18 +59,23 @@ TEST(ShpWritingTest, LeavesNothingWhereNothingWasWritten) {
 
 /// Whoever may not write a file has not lost it.
 TEST(ShpWritingTest, KeepsFilesThatItCouldNotOpen) {
-    TemporaryFolder const folder;
-    std::filesystem::create_directory(folder.Path() / "a.shx");
-    WriteFile(folder.Path() / "a.dbf", {'x'});
-    {
-        BShpFile file;
-        EXPECT_BEXCEPTION(file.Open(folder.File("a.shp"), BShpFile::writeMode, true, ""),
-                          BFileNotFoundException, "BShpFile::Open", folder.File("a.shx"));
-        EXPECT_BEXCEPTION(file.WriteNullShape(), BNotOpenException, "BShpFile::WriteNullShape",
-                          folder.File("a.shp"));
+    for (auto const& [blocked, operation, kept] : {std::tuple{"a.shp", "BShpFile::Open", "a.dbf"},
+                                                   {"a.shx", "BShpFile::Open", "a.dbf"},
+                                                   {"a.dbf", "BDbfFile::Open", "a.prj"}}) {
+        TemporaryFolder const folder;
+        std::filesystem::create_directory(folder.Path() / blocked);
+        WriteFile(folder.Path() / kept, {'x'});
+        {
+            BShpFile file;
+            EXPECT_BEXCEPTION(file.Open(folder.File("a.shp"), BShpFile::writeMode, true, ""),
+                              BFileNotFoundException, operation, folder.File(blocked));
+            EXPECT_BEXCEPTION(file.WriteNullShape(), BNotOpenException, "BShpFile::WriteNullShape",
+                              folder.File("a.shp"));
+        }
+        EXPECT_TRUE(std::filesystem::exists(folder.Path() / kept));
+        std::filesystem::directory_iterator const left(folder.Path());
+        EXPECT_EQ(std::distance(left, std::filesystem::directory_iterator()), 2);
     }
-    EXPECT_TRUE(std::filesystem::exists(folder.Path() / "a.dbf"));
-    EXPECT_FALSE(std::filesystem::exists(folder.Path() / "a.shp"));
 }
 
 TEST(ShpWritingTest, KeepsTheNullShapeOfAFeatureWhoseAttributesFail) {
