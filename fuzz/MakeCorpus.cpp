@@ -1,7 +1,6 @@
 // Writes the inputs that fuzzing starts from: make-fuzz-corpus FOLDER
 
-#include "SmallFile.h"
-#include "TemporaryFolder.h"
+#include "ShapefileBuilder.h"
 
 #include <iostream>
 

@@ -97,10 +97,9 @@ std::string TextOf(BRect const& rectangle) {
     if (rectangle.xMin == empty.xMin && rectangle.xMax == empty.xMax) {
         return "empty";
     }
-    std::ostringstream text;
-    text << rectangle.xMin << ' ' << rectangle.yMin << ' ' << rectangle.xMax << ' '
-         << rectangle.yMax;
-    return text.str();
+    return BString::Format("%g %g %g %g", rectangle.xMin, rectangle.yMin, rectangle.xMax,
+                           rectangle.yMax)
+        .Ascii();
 }
 
 } // namespace Ambrel::Test

@@ -168,4 +168,8 @@ private:
     std::set<std::string> missing;
 };
 
+/// Sound records of the layout and variant of `shapeType`, a null shape behind them, and a table
+/// with a field of every type: enough to damage, to convert, or to start fuzzing from.
+ShapefileBuilder SmallFile(std::int32_t shapeType);
+
 } // namespace Ambrel::Test

@@ -6,7 +6,6 @@
 #include "GeometryText.h"
 #include "LogCapture.h"
 #include "ShapefileBuilder.h"
-#include "SmallFile.h"
 #include "TableBuilder.h"
 #include "TemporaryFolder.h"
 
