@@ -43,20 +43,32 @@ void TakeBack(void* block) noexcept {
 
 } // namespace
 
-// Those that are not here call one of these.
+// Those that are not here call one of these. The sanitizers have the forms for arrays of their own.
 void* operator new(std::size_t size) {
     if (void* const block = Give(size)) {
         return block;
     }
     throw std::bad_alloc();
 }
+void* operator new[](std::size_t size) {
+    return operator new(size);
+}
 void* operator new(std::size_t size, std::nothrow_t const&) noexcept {
+    return Give(size);
+}
+void* operator new[](std::size_t size, std::nothrow_t const&) noexcept {
     return Give(size);
 }
 void operator delete(void* block) noexcept {
     TakeBack(block);
 }
+void operator delete[](void* block) noexcept {
+    TakeBack(block);
+}
 void operator delete(void* block, std::size_t) noexcept {
+    TakeBack(block);
+}
+void operator delete[](void* block, std::size_t) noexcept {
     TakeBack(block);
 }
 
