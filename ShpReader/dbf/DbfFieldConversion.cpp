@@ -71,8 +71,9 @@ BString TextCache::Share(std::string_view text) {
     }
     ++textsSinceHit;
     BString made(text.data(), text.size());
-    // What other bytes than ASCII mean depends on the codec, which may change between two records.
-    if (IsAscii(text)) {
+    // What other bytes than ASCII mean depends on the codec, which may change between two records;
+    // some codecs give ASCII bytes another meaning too.
+    if (IsAscii(text) && made.Utf8() == text) {
         held = made;
     }
     return made;

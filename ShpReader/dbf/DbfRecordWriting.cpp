@@ -116,7 +116,9 @@ void BDbfFile::ReportFailedWrite() {
 void BDbfFile::FinishTable() {
     isPrepared = false; // whatever happens, no record goes behind the end byte
     WriteBytes(&dbfEndOfFile, sizeof dbfEndOfFile);
-    if (!file->flush() || !file->seek(0)) {
+    bool const isFlushed = file->flush();
+    // Tries once more to write what could not be flushed.
+    if (!file->seek(0) || !isFlushed) {
         ReportFailedWrite();
     }
     header.recordCount = recordsWritten;

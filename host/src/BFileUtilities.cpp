@@ -22,8 +22,23 @@ int ExtensionStart(QString const& path) {
     return dot < NameStart(path) ? path.size() : dot;
 }
 
+/// Of a name that starts with a colon too, which Qt would look for among its own resources.
+QString AbsolutePath(QString const& path) {
+    bool const isAbsolute = QDir::isAbsolutePath(path) && !path.startsWith(QLatin1Char(':'));
+    return isAbsolute ? path : QDir::currentPath() + QLatin1Char('/') + path;
+}
+
+/// Where the path leads up from a link, it leads to what is above the link's target.
+QString FollowUpwards(QString const& path) {
+    static QRegularExpression const upToLastUp(QStringLiteral("^.*/\\.\\.(?=/|$)"),
+                                               QRegularExpression::DotMatchesEverythingOption);
+    int const size = upToLastUp.match(path).capturedLength();
+    QString const followed = QFileInfo(path.left(size)).canonicalFilePath();
+    return followed.isEmpty() ? path : followed + path.mid(size);
+}
+
 bool IsFile(QString const& path) {
-    return QFileInfo(path).isFile();
+    return QFileInfo(AbsolutePath(path)).isFile();
 }
 
 /// The letters in the case of those of `model` at the same place, or of its last letter.
@@ -107,7 +122,7 @@ BString BFileUtilities::CompletePath(BString const& path) {
     if (path.IsEmpty()) {
         return path;
     }
-    return BString::FromQString(QDir::cleanPath(QFileInfo(MakeQString(path)).absoluteFilePath()));
+    return BString::FromQString(QDir::cleanPath(FollowUpwards(AbsolutePath(MakeQString(path)))));
 }
 
 BString BFileUtilities::ChangeExtension(BString const& path, BString const& extension) {
@@ -128,12 +143,12 @@ bool BFileUtilities::Exists(BString const& path) {
 }
 
 std::uint32_t BFileUtilities::GetSize(BString const& path) {
-    QFileInfo const file(MakeQString(path));
+    QFileInfo const file(AbsolutePath(MakeQString(path)));
     return file.isFile() ? static_cast<std::uint32_t>(file.size()) : 0;
 }
 
 bool BFileUtilities::Delete(BString const& path) {
-    return QFile::remove(MakeQString(path));
+    return QFile::remove(AbsolutePath(MakeQString(path)));
 }
 
 std::vector<BString> BFileUtilities::ListFiles(BString const& name, BString const& extension) {

@@ -2,6 +2,7 @@
 
 #include "Formatter.h"
 
+#include <algorithm>
 #include <cstdarg>
 #include <cstdio>
 #include <string>
@@ -40,6 +41,9 @@ void BLogger::WriteLine(ELogSeverity severity, char const* format, ...) noexcept
     try {
         std::string line;
         FormatTo(line, format, arguments);
+        // A file's name may have line ends in it.
+        std::replace_if(
+            line.begin(), line.end(), [](char c) { return c == '\n' || c == '\r'; }, ' ');
         std::lock_guard const hold(sinkLock);
         if (sink) {
             sink(severity, line);

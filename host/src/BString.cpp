@@ -12,7 +12,6 @@
 #include <memory>
 #include <mutex>
 #include <new>
-#include <stdexcept>
 #include <string>
 #include <unordered_map>
 
@@ -67,9 +66,11 @@ BString BString::FromQString(QString const& text) {
 QString MakeQString(BString const& text) {
     std::string_view const utf8 = text.Utf8();
     if (utf8.size() > static_cast<std::size_t>(std::numeric_limits<int>::max())) {
-        throw std::length_error("text too long for a Qt string");
+        throw std::bad_array_new_length();
     }
-    return QString::fromUtf8(utf8.data(), static_cast<int>(utf8.size()));
+    QString const decoded = QString::fromUtf8(utf8.data(), static_cast<int>(utf8.size()));
+    // Qt takes a byte order mark at the start for no part of the text.
+    return utf8.starts_with("\xEF\xBB\xBF") ? QChar(QChar::ByteOrderMark) + decoded : decoded;
 }
 
 void BString::SetCodec(QTextCodec const* codec) noexcept {
@@ -79,7 +80,7 @@ void BString::SetCodec(QTextCodec const* codec) noexcept {
 void BString::Decode(char const* text, std::size_t size) {
     if (QTextCodec const* const codec = textCodec.load(std::memory_order_acquire)) {
         if (size > static_cast<std::size_t>(std::numeric_limits<int>::max())) {
-            throw std::length_error("text too long for a codec");
+            throw std::bad_array_new_length();
         }
         *this = FromQString(codec->toUnicode(text, static_cast<int>(size), nullptr));
         return;
@@ -98,7 +99,7 @@ void BString::DecodeByDefault(char const* text, std::size_t size) {
 
 BString::Rep* BString::Allocate(std::size_t size) {
     if (size >= Rep::wideFlag) {
-        throw std::length_error("text longer than 2 GiB");
+        throw std::bad_array_new_length();
     }
     void* const memory = detail::TakeBlock(sizeof(Rep) + size + 1);
     return new (memory) Rep{detail::HolderCount(1), {static_cast<std::uint32_t>(size)}};

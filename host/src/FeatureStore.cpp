@@ -1,9 +1,9 @@
 #include "FeatureStore.h"
 
+#include "Ambrel/BFileUtilities.h"
 #include "BlockFile.h"
 
 #include <QDir>
-#include <QFileInfo>
 
 #include <algorithm>
 
@@ -15,9 +15,9 @@ constexpr char const* readOperation = "FeatureStore::Read";
 
 /// Absolute, so that the store stays where it is when the process changes its folder.
 BString CompleteBaseName(BString const& baseName) {
-    QString const path = baseName.IsEmpty() ? QDir::tempPath() + QStringLiteral("/AmbrelCache")
-                                            : MakeQString(baseName);
-    return BString::FromQString(QFileInfo(path).absoluteFilePath());
+    return baseName.IsEmpty()
+               ? BString::FromQString(QDir::tempPath() + QStringLiteral("/AmbrelCache"))
+               : BFileUtilities::CompletePath(baseName);
 }
 
 constexpr int defaultPageSize = 1024;

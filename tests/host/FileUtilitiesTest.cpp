@@ -45,7 +45,13 @@ TEST_F(FileUtilitiesTest, TakesPathsApart) {
     }
     EXPECT_EQ(BFileUtilities::CompletePath("/data/./x/../roads.shp"), BString("/data/roads.shp"));
     std::string const here = std::filesystem::current_path().string();
-    EXPECT_EQ(BFileUtilities::CompletePath("roads.shp").Utf8(), here + "/roads.shp");
+    for (std::string const name : {"roads.shp", ":roads.shp", "\xEF\xBB\xBFroads.shp"}) {
+        EXPECT_EQ(BFileUtilities::CompletePath(name.c_str()).Utf8(), here + "/" + name);
+    }
+    Make({"elsewhere/deep/x"});
+    std::filesystem::create_symlink("elsewhere/deep", folder.Path() / "link");
+    EXPECT_EQ(BFileUtilities::CompletePath(folder.File("link/./../deep/../roads.shp")),
+              folder.File("elsewhere/roads.shp"));
 }
 
 TEST_F(FileUtilitiesTest, KnowsRegularFilesAlone) {

@@ -100,8 +100,8 @@ TEST(ValueTest, KeepsEntriesInTheirOrder) {
 TEST(ValueTest, LogsNoMoreThanIsAskedForAndNeverFails) {
     LogCapture const log(LOG_WARNING);
     BLogger::Instance()->WriteLine(LOG_DETAIL, "lost");
-    BLogger::Instance()->WriteLine(LOG_WARNING, "%s %i", "kept", 1);
-    EXPECT_EQ(log.Lines(), (LogLines{{LOG_WARNING, "kept 1"}}));
+    BLogger::Instance()->WriteLine(LOG_WARNING, "%s %i", "in one\r\nline", 1);
+    EXPECT_EQ(log.Lines(), (LogLines{{LOG_WARNING, "in one  line 1"}}));
     BLogger logger;
     logger.SetSink([](ELogSeverity, std::string_view) { throw std::bad_alloc(); });
     EXPECT_NO_THROW(logger.WriteLine(LOG_FATAL, "thrown away"));

@@ -9,7 +9,8 @@ namespace Ambrel {
 /// File names and what can be asked of the files behind them.
 class AMBREL_API BFileUtilities final {
 public:
-    /// The full path of a file name, without "." and ".." parts.
+    /// The full path of a file name, without "." and ".." parts; ".." behind a link to a folder is
+    /// what is above that folder.
     static BString CompletePath(BString const& path);
     /// The path with its extension replaced; `extension` comes with its dot, as ".shx", and takes
     /// the letter case of the one it replaces. Where that file does not exist and one does that

@@ -23,7 +23,7 @@ namespace Ambrel {
 ///
 /// Strings may be read and copied by several threads at once; one object is changed by one thread
 /// at a time. Everything that allocates may throw std::bad_alloc; texts are limited to 2 GiB
-/// (std::length_error).
+/// (std::bad_array_new_length).
 class AMBREL_API BString final {
 public:
     BString() noexcept = default;

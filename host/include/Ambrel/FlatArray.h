@@ -7,7 +7,6 @@
 #include <limits>
 #include <memory>
 #include <new>
-#include <stdexcept>
 #include <type_traits>
 #include <utility>
 
@@ -15,7 +14,7 @@ namespace Ambrel::detail {
 
 /// A growing array whose owner holds a single pointer: the count, the capacity and the elements
 /// stand in one allocation, and an empty array has none. Features hold several of these each, by
-/// the million. Holds at most 2^32 - 1 elements (std::length_error).
+/// the million. Holds at most 2^32 - 1 elements (std::bad_array_new_length).
 template <class T>
 class FlatArray final {
 public:
@@ -120,7 +119,7 @@ private:
 
     static Block* Allocate(std::size_t capacity) {
         if (capacity > std::numeric_limits<std::uint32_t>::max()) {
-            throw std::length_error("array too long");
+            throw std::bad_array_new_length();
         }
         void* const memory = TakeBlock(SizeFor(capacity));
         return new (memory) Block{0, static_cast<std::uint32_t>(capacity)};
