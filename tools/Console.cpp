@@ -38,6 +38,13 @@ std::string Describe(std::exception const& error) {
     return text;
 }
 
+/// The line, with the file behind it where it does not name it, or a companion of it, already.
+std::string Naming(std::string_view file, std::string line) {
+    std::string_view const base = file.substr(0, file.rfind('.'));
+    bool const isNamed = line.find(base) != std::string::npos;
+    return isNamed ? line : line + " (" + std::string(file) + ")";
+}
+
 } // namespace
 
 void FileSink::Write(std::string_view text) {
@@ -70,17 +77,12 @@ InterruptedException::InterruptedException()
     : BException(Category(), BString(), BString::FromUtf8("stopped")) {}
 
 void PrintError(Console& console, std::exception const& error, std::string_view file) {
-    std::string line = Describe(error);
-    // A companion of the file names it too.
-    std::string_view const base = file.substr(0, file.rfind('.'));
-    if (!file.empty() && line.find(base) == std::string::npos) {
-        line += " (" + std::string(file) + ")";
-    }
-    console.err.Write("ambrel-shp: " + OneLine(line) + "\n");
+    console.err.Write("ambrel-shp: " + OneLine(Naming(file, Describe(error))) + "\n");
 }
 
 void PrintWarning(Console& console, std::string_view text) {
-    console.err.Write("ambrel-shp: warning: " + OneLine(std::string(text)) + "\n");
+    std::string const line = Naming(console.file, std::string(text));
+    console.err.Write("ambrel-shp: warning: " + OneLine(line) + "\n");
 }
 
 } // namespace Ambrel::Tool

@@ -48,6 +48,7 @@ struct Console {
     bool colors = false;       ///< `out` is a terminal that shall show colours
     bool showProgress = false; ///< `err` is a terminal
     bool verbose = false;      ///< show the whole log
+    std::string file = {};     ///< what is being worked on: warnings name it
 };
 
 /// What the caller of the tool got wrong: exit code 2.
@@ -83,7 +84,7 @@ public:
 /// Prints one line about a failure, in which kind, operation and file are named: "ambrel-shp:
 /// KIND: OPERATION: MESSAGE". The file is added where the message does not name it.
 void PrintError(Console& console, std::exception const& error, std::string_view file);
-/// Prints "ambrel-shp: warning: TEXT".
+/// Prints "ambrel-shp: warning: TEXT", with the file that is being worked on as above.
 void PrintWarning(Console& console, std::string_view text);
 
 } // namespace Ambrel::Tool

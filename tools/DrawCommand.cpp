@@ -18,7 +18,11 @@ namespace {
 constexpr double margin = 10.0;             ///< around the map, in pixels
 constexpr std::size_t recordsAtOnce = 4096; ///< between two looks at the user
 
-using Sources = std::vector<std::unique_ptr<Source>>;
+struct Drawn {
+    std::string file;
+    std::unique_ptr<Source> source;
+};
+using Sources = std::vector<Drawn>;
 
 /// Areas at the bottom, then lines, then points.
 int HeightOf(Source& source) {
@@ -37,10 +41,12 @@ Sources OpenLayers(Console& console, std::vector<std::string> const& paths, int&
         Sources layers;
         failed += ForEachFile(console, {path}, [&](BString const& file) {
             layers.push_back(
-                std::make_unique<Source>(console, file, SourceOptions{.useAttributes = false}));
+                {std::string(file.Utf8()),
+                 std::make_unique<Source>(console, file, SourceOptions{.useAttributes = false})});
         });
-        std::stable_sort(layers.begin(), layers.end(),
-                         [](auto const& a, auto const& b) { return HeightOf(*a) < HeightOf(*b); });
+        std::stable_sort(layers.begin(), layers.end(), [](Drawn const& a, Drawn const& b) {
+            return HeightOf(*a.source) < HeightOf(*b.source);
+        });
         std::move(layers.begin(), layers.end(), std::back_inserter(all));
     }
     return all;
@@ -54,10 +60,10 @@ bool IsUsable(BRect const& rectangle) {
 
 BRect ExtentOf(Sources const& layers) {
     BRect extent;
-    for (auto const& layer : layers) {
+    for (auto const& [file, source] : layers) {
         // A file without records states an extent too, and it means nothing.
-        bool const hasRecords = layer->Layer().GetFeatures().GetCount() > 0;
-        if (BRect const rectangle = layer->Extent(); hasRecords && IsUsable(rectangle)) {
+        bool const hasRecords = source->Layer().GetFeatures().GetCount() > 0;
+        if (BRect const rectangle = source->Extent(); hasRecords && IsUsable(rectangle)) {
             extent.Union(rectangle);
         }
     }
@@ -104,11 +110,11 @@ int RunDraw(Console& console, DrawOptions const& options) {
                            options.height, options.window ? 0.0 : margin);
     OutputFile output(console, options.output);
     QPainter painter(&picture->Device());
-    for (auto const& source : layers) {
+    for (auto const& [file, source] : layers) {
         BVectorLayer& layer = source->Layer();
         LayerStyle const style = StyleOf(layer, options.styles);
         PainterRenderer const renderer(painter, picture->Image(), window, style);
-        failed += !Survives(console, layer.name.Utf8(), [&] {
+        failed += !Survives(console, file, [&] {
             DrawLayer(console, layer, renderer, window.VisibleMap(style.width));
         });
     }

@@ -128,7 +128,7 @@ QTextCodec* FindAnyCodec(std::string_view name) {
     return canonical.empty() ? nullptr : CodecCalled(std::string(name));
 }
 
-/// The plug-in's own texts and the table's field names are plain ASCII.
+/// The plug-in's own texts are ASCII, and are decoded as the table's are.
 bool KeepsAscii(QTextCodec const& codec) {
     QByteArray const sample("AZaz09 _%:.\"");
     return codec.toUnicode(sample) == QString::fromLatin1(sample);

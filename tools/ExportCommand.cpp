@@ -12,6 +12,7 @@
 #include "Ambrel/Constants.h"
 
 #include <filesystem>
+#include <set>
 
 namespace Ambrel::Tool {
 
@@ -139,13 +140,28 @@ void ExportFile(Console& console, BString const& file, std::string const& output
     output.Commit();
 }
 
+/// What is written is no shapefile, and must not take the place of a part of one.
+void RefuseShapefile(std::string const& output) {
+    for (char const* const part : {".shp", ".shx", ".dbf", ".prj", ".cpg"}) {
+        if (ExtensionOf(output) == part) {
+            throw UsageException("--output: " + output +
+                                 " would be taken for a part of a shapefile");
+        }
+    }
+}
+
 /// One file for each layer, named after it.
 int ExportToFolder(Console& console, ExportOptions const& options) {
     char const* const extension = IsCsv(options) ? ".csv" : ".geojson";
+    std::set<std::string> written;
     int const failed = ForEachFile(console, {options.path}, [&](BString const& file) {
         std::string const name(BFileUtilities::GetBasename(file).Utf8());
-        ExportFile(console, file, (fs::path(options.output) / (name + extension)).string(),
-                   options);
+        std::string const path = (fs::path(options.output) / (name + extension)).string();
+        if (!written.insert(path).second) {
+            throw BDataManagerException(BString::FromUtf8("export"),
+                                        BString::FromUtf8(path + " has another file's layer"));
+        }
+        ExportFile(console, file, path, options);
     });
     return failed > 0 ? EXIT_PROBLEM : EXIT_OK;
 }
@@ -157,6 +173,7 @@ int RunExport(Console& console, ExportOptions const& options) {
     if (fs::is_directory(options.output, error)) {
         return ExportToFolder(console, options);
     }
+    RefuseShapefile(options.output);
     BString const file = TheFileOf(options.path);
     bool const isDone =
         Survives(console, file.Utf8(), [&] { ExportFile(console, file, options.output, options); });

@@ -5,10 +5,11 @@
 
 namespace Ambrel::Tool {
 
-/// Runs the action and prints what it throws, naming the file; false then. What stops the tool as a
-/// whole goes through.
+/// Runs the action on the file and prints what it throws, naming the file; false then. What stops
+/// the tool as a whole goes through.
 template <class Action>
 bool Survives(Console& console, std::string_view file, Action&& action) {
+    console.file = file;
     try {
         action();
         return true;

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <cstring>
 
 namespace Ambrel::Tool {
 
@@ -26,13 +25,7 @@ QPen PenOf(LayerStyle const& style) {
 /// Calls `draw(first vertex, count)` for every part that lies within the vertices and has any.
 template <class Draw>
 void ForEachPart(int count, int const* partStarts, int partCount, Draw&& draw) {
-    auto const start = [=](int part) {
-        int value = count;
-        if (part < partCount) {
-            std::memcpy(&value, partStarts + part, sizeof value); // as it stands in a record
-        }
-        return value;
-    };
+    auto const start = [=](int part) { return part < partCount ? partStarts[part] : count; };
     for (int part = 0; part < partCount; ++part) {
         int const first = start(part);
         int const end = start(part + 1);
@@ -40,6 +33,24 @@ void ForEachPart(int count, int const* partStarts, int partCount, Draw&& draw) {
             draw(first, end - first);
         }
     }
+}
+
+/// Whether it is smaller than a pixel.
+bool IsTiny(Gdiplus::Point const* points, int count) {
+    auto const isNear = [=](Gdiplus::Point const& point) {
+        return std::abs(point.X - points->X) < MapWindow::unitsPerPixel &&
+               std::abs(point.Y - points->Y) < MapWindow::unitsPerPixel;
+    };
+    return std::all_of(points, points + count, isNear);
+}
+
+QRectF BoundsOf(Gdiplus::Point const* points, int count) {
+    auto const isLeft = [](auto const& a, auto const& b) { return a.X < b.X; };
+    auto const isAbove = [](auto const& a, auto const& b) { return a.Y < b.Y; };
+    auto const [left, right] = std::minmax_element(points, points + count, isLeft);
+    auto const [top, bottom] = std::minmax_element(points, points + count, isAbove);
+    return QRectF(QPointF(left->X / pixel, top->Y / pixel),
+                  QPointF(right->X / pixel, bottom->Y / pixel));
 }
 
 } // namespace
@@ -84,19 +95,6 @@ bool PainterRenderer::DrawPoints(Gdiplus::PointF const* points, int count) const
     return count > 0;
 }
 
-/// Draws what is smaller than a pixel as a dot. False when it is larger.
-bool PainterRenderer::DrawIfTiny(Gdiplus::Point const* points, int count) const {
-    auto const isNear = [=](Gdiplus::Point const& point) {
-        return std::abs(point.X - points->X) < MapWindow::unitsPerPixel &&
-               std::abs(point.Y - points->Y) < MapWindow::unitsPerPixel;
-    };
-    if (!std::all_of(points, points + count, isNear)) {
-        return false;
-    }
-    DrawDot(points->X / pixel, points->Y / pixel);
-    return true;
-}
-
 /// The vertices in pixels, without those that can not be told from their neighbours.
 QPolygonF const& PainterRenderer::Simplify(Gdiplus::Point const* points, int count) const {
     vertices.resize(0);
@@ -117,7 +115,9 @@ QPolygonF const& PainterRenderer::Simplify(Gdiplus::Point const* points, int cou
 bool PainterRenderer::DrawPolyline(Gdiplus::Point const* points, int count, int const* partStarts,
                                    int partCount) const {
     ForEachPart(count, partStarts, partCount, [&](int first, int size) {
-        if (!DrawIfTiny(points + first, size)) {
+        if (IsTiny(points + first, size)) {
+            DrawDot(points[first].X / pixel, points[first].Y / pixel);
+        } else {
             painter.drawPolyline(Simplify(points + first, size));
         }
     });
@@ -126,7 +126,9 @@ bool PainterRenderer::DrawPolyline(Gdiplus::Point const* points, int count, int 
 
 bool PainterRenderer::DrawPolygon(Gdiplus::Point const* points, int count, int const* partStarts,
                                   int partCount) const {
-    if (count > 0 && DrawIfTiny(points, count)) {
+    if (count > 0 && IsTiny(points, count)) {
+        painter.fillRect(BoundsOf(points, count), painter.brush());
+        DrawDot(points->X / pixel, points->Y / pixel);
         return true;
     }
     if (partCount == 1) {

@@ -31,7 +31,6 @@ public:
 
 private:
     void DrawDot(double x, double y) const;
-    bool DrawIfTiny(Gdiplus::Point const* points, int count) const;
     QPolygonF const& Simplify(Gdiplus::Point const* points, int count) const;
 
     QPainter& painter;

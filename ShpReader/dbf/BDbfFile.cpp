@@ -6,7 +6,6 @@
 #include "Ambrel/BLogger.h"
 
 #include <QFile>
-#include <QFileInfo>
 
 #include <array>
 
@@ -15,11 +14,6 @@ namespace Ambrel {
 namespace {
 
 constexpr char openOperation[] = "BDbfFile::Open";
-
-/// A folder, a pipe or a device is not written to.
-bool MayBeWritten(BString const& path) {
-    return BFileUtilities::Exists(path) || !QFileInfo::exists(MakeQString(path));
-}
 
 } // namespace
 
@@ -69,7 +63,7 @@ void BDbfFile::OpenToRead(BString const& fileName, bool strict) {
 
 void BDbfFile::OpenToWrite(BString const& fileName) {
     file = std::make_unique<QFile>(MakeQString(path));
-    if (!MayBeWritten(path) || !file->open(QIODevice::WriteOnly)) {
+    if (!BFileUtilities::MayBeWritten(path) || !file->open(QIODevice::WriteOnly)) {
         throw BFileNotFoundException(openOperation, fileName);
     }
 }

@@ -60,12 +60,12 @@ void BShpFile::OpenAll(BString const& name) {
 void BShpFile::OpenToWrite() {
     mainFile = std::make_unique<QFile>(MakeQString(fileName));
     indexFile = std::make_unique<QFile>(MakeQString(indexFileName));
-    if (!mainFile->open(QIODevice::WriteOnly)) {
+    if (!BFileUtilities::MayBeWritten(fileName) || !mainFile->open(QIODevice::WriteOnly)) {
         throw BFileNotFoundException(openOperation, fileName);
     }
     isMainWritten = true;
     WriteHeader(*mainFile);
-    if (!indexFile->open(QIODevice::WriteOnly)) {
+    if (!BFileUtilities::MayBeWritten(indexFileName) || !indexFile->open(QIODevice::WriteOnly)) {
         throw BFileNotFoundException(openOperation, indexFileName);
     }
     isIndexWritten = true;

@@ -76,6 +76,9 @@ BSharedPtr<BFeature> BShpFile::Read(std::uint32_t index, RecordContent content, 
     BKeyValuePairs& metadata = feature->GetMetadata();
     metadata.SetValue(CMN_ORIGINAL_FORMAT, DS_SHP);
     metadata.SetValue(CMN_RECORD_NUMBER, static_cast<int>(index));
+    if (useAttributes && !dbfFile) {
+        throw BNotOpenException(readOperation, fileName);
+    }
     if (useAttributes) {
         dbfFile->ReadAttributeRecord(index, feature->attributes, useOwnHandle);
     }

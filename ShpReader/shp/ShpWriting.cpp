@@ -161,18 +161,22 @@ void BShpFile::FinishFiles() {
 }
 
 void BShpFile::WriteCompanions() {
-    if (coordSys && !coordSys->ToFile(prjFileName)) {
+    if (!coordSys) {
+        BFileUtilities::Delete(prjFileName); // of a former file of that name
+    } else if (!coordSys->ToFile(prjFileName)) {
         BLogger::Instance()->WriteLine(LOG_FATAL, "SHP-WRITER: Writing to %s failed.",
                                        prjFileName.Ascii());
     }
-    QFile codePage(MakeQString(BFileUtilities::ChangeExtension(fileName, codePageExtension)));
-    if (!codePage.open(QIODevice::WriteOnly) || codePage.write(codePageName) < 0 ||
-        !codePage.flush()) {
+    BString const codePagePath = BFileUtilities::ChangeExtension(fileName, codePageExtension);
+    QFile codePage(MakeQString(codePagePath));
+    if (!BFileUtilities::MayBeWritten(codePagePath) || !codePage.open(QIODevice::WriteOnly) ||
+        codePage.write(codePageName) < 0 || !codePage.flush()) {
         ReportFailedWrite(codePage);
     }
 }
 
-/// Removes what opening has emptied. A file that could not be opened is not ours to remove.
+/// Removes what opening has emptied, and what belonged to it. A file that could not be opened is
+/// not ours to remove.
 void BShpFile::RemoveOutputs() {
     if (isMainWritten) {
         BFileUtilities::Delete(fileName);

@@ -223,7 +223,8 @@ bool BCoordSys::ToFile(BString const& path) const {
     }
     QFile file(MakeQString(path));
     qint64 const size = static_cast<qint64>(std::string_view(text).size());
-    return file.open(QIODevice::WriteOnly | QIODevice::Truncate) &&
+    return BFileUtilities::MayBeWritten(path) &&
+           file.open(QIODevice::WriteOnly | QIODevice::Truncate) &&
            file.write(text, size) == size && file.flush();
 }
 

@@ -147,6 +147,10 @@ std::uint32_t BFileUtilities::GetSize(BString const& path) {
     return file.isFile() ? static_cast<std::uint32_t>(file.size()) : 0;
 }
 
+bool BFileUtilities::MayBeWritten(BString const& path) {
+    return Exists(path) || !QFileInfo::exists(AbsolutePath(MakeQString(path)));
+}
+
 bool BFileUtilities::Delete(BString const& path) {
     return QFile::remove(AbsolutePath(MakeQString(path)));
 }

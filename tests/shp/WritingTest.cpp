@@ -1,5 +1,7 @@
 #include "ShpSupport.h"
 
+#include <sys/stat.h>
+
 namespace Ambrel::Test {
 
 namespace {
@@ -63,7 +65,7 @@ TEST(ShpWritingTest, KeepsFilesThatItCouldNotOpen) {
                                                    {"a.shx", "BShpFile::Open", "a.dbf"},
                                                    {"a.dbf", "BDbfFile::Open", "a.prj"}}) {
         TemporaryFolder const folder;
-        std::filesystem::create_directory(folder.Path() / blocked);
+        ASSERT_EQ(mkfifo(folder.File(blocked).Ascii(), 0600), 0);
         WriteFile(folder.Path() / kept, {'x'});
         {
             BShpFile file;
@@ -76,6 +78,22 @@ TEST(ShpWritingTest, KeepsFilesThatItCouldNotOpen) {
         std::filesystem::directory_iterator const left(folder.Path());
         EXPECT_EQ(std::distance(left, std::filesystem::directory_iterator()), 2);
     }
+}
+
+TEST(ShpWritingTest, LeavesNoFormerCoordinateSystemAndDoesNotWaitForPipes) {
+    TemporaryFolder const folder;
+    WriteFile(folder.Path() / "a.prj", {'x'});
+    ASSERT_EQ(mkfifo(folder.File("a.cpg").Ascii(), 0600), 0);
+    LogCapture const log;
+    {
+        BShpFile file;
+        file.Open(folder.File("a.shp"), BShpFile::writeMode, true, "");
+        file.WriteNullShape();
+    }
+    EXPECT_FALSE(std::filesystem::exists(folder.Path() / "a.prj"));
+    std::string const failed =
+        "SHP-WRITER: Writing to " + (folder.Path() / "a.cpg").string() + " failed.";
+    EXPECT_EQ(log.TextsOf(LOG_FATAL), Texts{failed});
 }
 
 TEST(ShpWritingTest, KeepsTheNullShapeOfAFeatureWhoseAttributesFail) {

@@ -35,6 +35,7 @@ Vertices Square(double from, double to) {
 
 TEST_F(Draw, PaintsRecordsWhereTheyLieAndInTheirStyle) {
     std::string const dots = "--style color=red,width=8";
+    Parts const tiny = {Square(50.01, 50.99)};
     std::string const inPixels = "--bbox 0,0,120,120 --style ";
     std::tuple<ShapefileBuilder, std::string, Probes> const cases[] = {
         // The whole extent, with a margin of 10 pixels; the proportions stay.
@@ -56,6 +57,11 @@ TEST_F(Draw, PaintsRecordsWhereTheyLieAndInTheirStyle) {
         {ShapefileBuilder(5).Polygon({Square(50.3, 50.7)}),
          inPixels + "color=blue,width=6",
          {{50, 69, blue}}},
+        // What is smaller than a pixel is filled too; four times, which leaves nothing of the
+        // paper.
+        {ShapefileBuilder(5).Polygon(tiny).Polygon(tiny).Polygon(tiny).Polygon(tiny),
+         inPixels + "fill=red,color=none",
+         {{50, 69, red}, {50, 71, white}}},
         // Nothing joins the parts of a line.
         {ShapefileBuilder(3).Polyline({{{10, 20}, {40, 20}}, {}, {{60, 20}, {90, 20}}}),
          inPixels + "color=blue,width=2",

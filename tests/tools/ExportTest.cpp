@@ -203,6 +203,12 @@ TEST_F(Export, WritesAFileForEachLayerOfAFolder) {
     EXPECT_EQ(TextOf("out/b.csv"), "id,wkt\r\n1,POINT (3 4)\r\n");
     EXPECT_EQ(RunTool("export a.shp -o a.CSV"), Printed(""));
     EXPECT_EQ(TextOf("a.CSV"), TextOf("out/a.csv"));
+    Write(ShapefileBuilder(1).Point(5, 6), "B");
+    std::filesystem::rename("B.shp", "b.SHP");
+    EXPECT_EQ(RunTool("export . -o out"),
+              Failed(1, "BDataManagerException: export: out/b.geojson has another file's layer "
+                        "(b.shp)"));
+    std::filesystem::remove("b.SHP");
     EXPECT_EQ(RunTool("export ."), Failed(2, "usage: . stands for 2 shapefiles; name one of them"));
 }
 

@@ -22,6 +22,8 @@ public:
     static bool Exists(BString const& path);
     /// Size in bytes modulo 2^32; 0 when there is no such file.
     static std::uint32_t GetSize(BString const& path);
+    /// Whether there is a regular file or nothing: a folder, a pipe or a device is not written to.
+    static bool MayBeWritten(BString const& path);
     /// False when the file could not be removed.
     static bool Delete(BString const& path);
     /// The files that a name stands for, with full paths:
