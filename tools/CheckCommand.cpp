@@ -7,6 +7,7 @@
 #include "StreamingCollection.h"
 
 #include "Ambrel/BException.h"
+#include "Ambrel/BFileUtilities.h"
 
 #include <optional>
 #include <set>
@@ -33,6 +34,8 @@ public:
             ++nullShapes;
         } else if (line.find(" has no measures") != std::string_view::npos) {
             ++withoutMeasures;
+        } else if (line.find("point coordinates are not valid") != std::string_view::npos) {
+            ++withoutPosition;
         }
     }
 
@@ -51,10 +54,12 @@ public:
         if (withoutMeasures > 0) {
             text += ", " + std::to_string(withoutMeasures) + " without measures";
         }
+        if (withoutPosition > 0) {
+            text += ", " + std::to_string(withoutPosition) + " without a position";
+        }
         return text;
     }
 
-private:
     /// Prints the problem, unless this record (or the file) has had the same one.
     void AddProblem(std::string_view text) {
         std::string const what(WithoutPrefixes(text));
@@ -66,6 +71,7 @@ private:
         console.out.Write(std::string(file.Utf8()) + ": " + where + what + "\n");
     }
 
+private:
     /// Without the component's tag, and without the record that our own line names already.
     std::string_view WithoutPrefixes(std::string_view text) const {
         for (std::string_view const tag :
@@ -89,6 +95,7 @@ private:
     std::uint64_t problems = 0;
     std::uint64_t nullShapes = 0;
     std::uint64_t withoutMeasures = 0;
+    std::uint64_t withoutPosition = 0;
 };
 
 struct Progress {
@@ -144,6 +151,20 @@ std::uint64_t CheckRecords(Console& console, BString const& file, Findings& find
     return read.isComplete ? read.records : FetchOneByOne(console, file, read.records, findings);
 }
 
+/// The reader takes as many records as the index has whole entries for, and says nothing more.
+void CheckIndexSize(BString const& file, std::uint64_t recordCount, Findings& findings) {
+    constexpr std::uint32_t headerSize = 100;
+    constexpr std::uint32_t entrySize = 8;
+    std::uint32_t const size =
+        BFileUtilities::GetSize(BFileUtilities::ChangeExtension(file, BString::FromUtf8(".shx")));
+    findings.SetRecord(std::nullopt);
+    if (size < headerSize || (size - headerSize) % entrySize != 0) {
+        findings.AddProblem("the index is cut");
+    } else if (recordCount == 0 && BFileUtilities::GetSize(file) > headerSize) {
+        findings.AddProblem("the index has no entries for the records of the file");
+    }
+}
+
 /// Returns the number of problems.
 std::uint64_t CheckFile(Console& console, BString const& file) {
     Findings findings(console, file);
@@ -156,9 +177,11 @@ std::uint64_t CheckFile(Console& console, BString const& file) {
             findings.TakeLogLine(severity, line);
         });
         count = CheckRecords(console, file, findings);
+        CheckIndexSize(file, count, findings);
     }
     std::uint64_t const problems = findings.ProblemCount();
-    console.out.Write(std::string(file.Utf8()) + ": " + std::to_string(count) + " records, " +
+    console.out.Write(std::string(file.Utf8()) + ": " + std::to_string(count) +
+                      (count == 1 ? " record, " : " records, ") +
                       (problems == 0 ? "no" : std::to_string(problems)) +
                       (problems == 1 ? " problem" : " problems") + findings.Oddities() + "\n");
     return problems;

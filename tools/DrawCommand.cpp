@@ -37,7 +37,7 @@ int HeightOf(Source& source) {
 /// order by name says nothing.
 Sources OpenLayers(Console& console, std::vector<std::string> const& paths, int& failed) {
     Sources all;
-    for (std::string const& path : paths) {
+    for (std::string const& path : ShapefilesAmong(paths)) {
         Sources layers;
         failed += ForEachFile(console, {path}, [&](BString const& file) {
             layers.push_back(
@@ -82,6 +82,18 @@ LayerStyle StyleOf(BVectorLayer const& layer, std::vector<StyleRule> const& rule
     return style;
 }
 
+void RefuseUnknownLayers(std::vector<StyleRule> const& rules, Sources const& layers) {
+    for (StyleRule const& rule : rules) {
+        bool const isKnown = rule.layer.empty() ||
+                             std::any_of(layers.begin(), layers.end(), [&](Drawn const& drawn) {
+                                 return drawn.source->Layer().name.Utf8() == rule.layer;
+                             });
+        if (!isKnown) {
+            throw UsageException("--style: there is no layer " + rule.layer);
+        }
+    }
+}
+
 void DrawLayer(Console& console, BVectorLayer& layer, PainterRenderer const& renderer,
                BRect const& area) {
     std::vector<std::uint64_t> records;
@@ -106,6 +118,7 @@ int RunDraw(Console& console, DrawOptions const& options) {
     if (layers.empty()) {
         return EXIT_PROBLEM;
     }
+    RefuseUnknownLayers(options.styles, layers);
     MapWindow const window(options.window ? *options.window : ExtentOf(layers), options.width,
                            options.height, options.window ? 0.0 : margin);
     OutputFile output(console, options.output);

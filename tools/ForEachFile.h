@@ -32,7 +32,7 @@ bool Survives(Console& console, std::string_view file, Action&& action) {
 template <class Action>
 int ForEachFile(Console& console, std::vector<std::string> const& paths, Action&& action) {
     int failed = 0;
-    for (std::string const& path : paths) {
+    for (std::string const& path : ShapefilesAmong(paths)) {
         std::vector<BString> files;
         failed += !Survives(console, path, [&] { files = FilesOf(path); });
         for (BString const& file : files) {

@@ -1,12 +1,15 @@
 #include "Source.h"
 
 #include "Console.h"
+#include "OutputFile.h"
 #include "PlugIn.h"
 
 #include "Ambrel/BException.h"
 #include "Ambrel/BFileUtilities.h"
 #include "Ambrel/BLogger.h"
 #include "Ambrel/Constants.h"
+
+#include <algorithm>
 
 namespace Ambrel::Tool {
 
@@ -59,8 +62,25 @@ std::vector<BString> FilesOf(std::string const& path) {
     return files;
 }
 
+std::vector<std::string> ShapefilesAmong(std::vector<std::string> const& paths) {
+    std::vector<std::string> shapefiles;
+    for (std::string path : paths) {
+        std::string const extension = ExtensionOf(path);
+        if (extension == ".shx" || extension == ".dbf" || extension == ".prj" ||
+            extension == ".cpg") {
+            BString const main =
+                BFileUtilities::ChangeExtension(BString::FromUtf8(path), BString::FromUtf8(".shp"));
+            path = BFileUtilities::Exists(main) ? std::string(main.Utf8()) : path;
+        }
+        if (std::find(shapefiles.begin(), shapefiles.end(), path) == shapefiles.end()) {
+            shapefiles.push_back(path);
+        }
+    }
+    return shapefiles;
+}
+
 BString TheFileOf(std::string const& path) {
-    std::vector<BString> const files = FilesOf(path);
+    std::vector<BString> const files = FilesOf(ShapefilesAmong({path}).front());
     if (files.size() > 1) {
         throw UsageException(path + " stands for " + std::to_string(files.size()) +
                              " shapefiles; name one of them");

@@ -51,7 +51,11 @@ private:
 /// The shapefiles that a path of the command line stands for: a file, a folder's or a wildcard's.
 /// Throws BFileNotFoundException where the last two have none.
 std::vector<BString> FilesOf(std::string const& path);
-/// The same, for commands that take one. Throws UsageException when there are more.
+/// The paths, each once; a companion (".shx", ".dbf", ".prj", ".cpg") stands for its shapefile, as
+/// it does where a shell has given all files of a folder.
+std::vector<std::string> ShapefilesAmong(std::vector<std::string> const& paths);
+/// The one shapefile of a command that takes no more. Throws as FilesOf, and UsageException when
+/// there are several.
 BString TheFileOf(std::string const& path);
 
 } // namespace Ambrel::Tool

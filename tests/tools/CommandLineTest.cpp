@@ -28,7 +28,8 @@ TEST_F(CommandLine, RefusesWrongUsageInOneLine) {
                                    "draw map.shp -o map.png --style color",
                                    "draw map.shp -o map.png --style color=perhaps",
                                    "draw map.shp -o map.png --style width=-1",
-                                   "draw map.shp -o map.png --style map:shade=red"}) {
+                                   "draw map.shp -o map.png --style map:shade=red",
+                                   "draw map.shp -o map.png --style mop:color=red"}) {
         ToolRun const run = RunTool(line);
         EXPECT_EQ(run, (ToolRun{2, "", run.err})) << line;
         EXPECT_TRUE(run.err.starts_with("ambrel-shp: usage: ")) << run;

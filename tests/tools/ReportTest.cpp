@@ -107,6 +107,19 @@ TEST_F(Check, NamesExactlyWhatIsDamagedAndEachProblemOnce) {
                        "ambrel-shp: BFileNotFoundException: BShpFile::Open: unreadable.dbf\n"}));
 }
 
+TEST_F(Check, TellsOfRecordsThatTheIndexLost) {
+    Write(ShapefileBuilder(1).Point(1, 2).Point(1e30, 2).Cut(".shx", 115));
+    EXPECT_EQ(RunTool("check map.dbf map.shp"),
+              (ToolRun{1, "map.shp: the index is cut\nmap.shp: 1 record, 1 problem\n", ""}));
+    Write(ShapefileBuilder(1).Point(1, 2).Point(1e30, 2));
+    EXPECT_EQ(RunTool("check map.prj map.shx map.shp"),
+              Printed("map.shp: 2 records, no problems, 1 without a position\n"));
+    Write(ShapefileBuilder(1).Point(1, 2).Cut(".shx", 100));
+    EXPECT_EQ(RunTool("check map.shp").out,
+              "map.shp: the index has no entries for the records of the file\n"
+              "map.shp: 0 records, 1 problem\n");
+}
+
 using Select = ToolTest;
 
 TEST_F(Select, TakesTheRecordsWhoseRectangleMeetsTheWindow) {
