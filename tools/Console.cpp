@@ -39,7 +39,7 @@ std::string Describe(std::exception const& error) {
 }
 
 /// The line, with the file behind it where it does not name it, or a companion of it, already.
-std::string Naming(std::string_view file, std::string line) {
+std::string Naming(std::string_view file, std::string const& line) {
     std::string_view const base = file.substr(0, file.rfind('.'));
     bool const isNamed = line.find(base) != std::string::npos;
     return isNamed ? line : line + " (" + std::string(file) + ")";
