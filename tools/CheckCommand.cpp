@@ -1,6 +1,8 @@
 #include "Commands.h"
+#include "CompanionCheck.h"
 #include "Console.h"
 #include "ForEachFile.h"
+#include "GeometryWalk.h"
 #include "Interrupt.h"
 #include "Log.h"
 #include "ProgressBar.h"
@@ -15,6 +17,25 @@
 namespace Ambrel::Tool {
 
 namespace {
+
+/// The vertices that make a line or a ring, as the format's description has it.
+std::uint64_t LeastVertices(EGeometryType type) {
+    switch (type) {
+    case GEO_POLYLINE:
+    case GEO_AGGREGATE_LINEAR: return 2;
+    case GEO_POLYGON:
+    case GEO_DONUT:
+    case GEO_AGGREGATE_AREA: return 4;
+    default: return 0;
+    }
+}
+
+bool HasPartOfFewVertices(BGeometry const& geometry) {
+    std::uint64_t const least = LeastVertices(geometry.type);
+    bool hasOne = false;
+    ForEachPart(geometry, [&](BPoint const*, std::uint64_t count) { hasOne |= count < least; });
+    return hasOne;
+}
 
 /// What the reader tells about one file while it is looked at.
 class Findings {
@@ -39,6 +60,12 @@ public:
         }
     }
 
+    /// Counts what is legal to store and yet no shape.
+    void TakeFeature(BFeature const& feature) {
+        BGeometry const* const geometry = feature.GetGeometry().Get();
+        withFewVertices += geometry && HasPartOfFewVertices(*geometry);
+    }
+
     void TakeException(BException const& exception) {
         AddProblem(std::string(exception.GetClassName()) + ": " + exception.GetOperation().Ascii() +
                    ": " + exception.GetMessage().Ascii());
@@ -47,44 +74,43 @@ public:
     std::uint64_t ProblemCount() const { return problems; }
     std::string Oddities() const {
         std::string text;
-        if (nullShapes > 0) {
-            text += ", " + std::to_string(nullShapes) +
-                    (nullShapes == 1 ? " null shape" : " null shapes");
-        }
-        if (withoutMeasures > 0) {
-            text += ", " + std::to_string(withoutMeasures) + " without measures";
-        }
-        if (withoutPosition > 0) {
-            text += ", " + std::to_string(withoutPosition) + " without a position";
+        for (auto const& [count, what] :
+             {std::pair(nullShapes, nullShapes == 1 ? " null shape" : " null shapes"),
+              std::pair(withoutMeasures, " without measures"),
+              std::pair(withoutPosition, " without a position"),
+              std::pair(withFewVertices, " with a part of too few vertices")}) {
+            text += count > 0 ? ", " + std::to_string(count) + what : "";
         }
         return text;
     }
 
     /// Prints the problem, unless this record (or the file) has had the same one.
     void AddProblem(std::string_view text) {
-        std::string const what(WithoutPrefixes(text));
+        std::string const what = InOurWords(text);
         if (!(record ? seenInRecord : seenInFile).insert(what).second) {
             return;
         }
         ++problems;
-        std::string const where = record ? "record " + std::to_string(*record) + ": " : "";
-        console.out.Write(std::string(file.Utf8()) + ": " + where + what + "\n");
+        console.out.Write(OneLine(std::string(file.Utf8()) + ": " + what) + "\n");
     }
 
 private:
-    /// Without the component's tag, and without the record that our own line names already.
-    std::string_view WithoutPrefixes(std::string_view text) const {
+    /// Without the component's tag, and beginning with the record.
+    std::string InOurWords(std::string_view text) const {
         for (std::string_view const tag :
              {"SHP-Reader: ", "SHP-FeatureCollection: ", "DBF-Reader: ", "DBF-File: "}) {
             if (text.starts_with(tag)) {
                 text.remove_prefix(tag.size());
             }
         }
-        std::string const named = record ? "Record " + std::to_string(*record) + " " : "";
-        if (text.starts_with(named)) {
-            text.remove_prefix(named.size());
+        if (!record) {
+            return std::string(text);
         }
-        return text;
+        std::string const number = std::to_string(*record);
+        bool const isNamed = text.starts_with("Record " + number + " ") ||
+                             text.starts_with("Record " + number + ":");
+        return isNamed ? "r" + std::string(text.substr(1))
+                       : "record " + number + ": " + std::string(text);
     }
 
     Console& console;
@@ -96,6 +122,7 @@ private:
     std::uint64_t nullShapes = 0;
     std::uint64_t withoutMeasures = 0;
     std::uint64_t withoutPosition = 0;
+    std::uint64_t withFewVertices = 0;
 };
 
 struct Progress {
@@ -105,10 +132,10 @@ struct Progress {
 
 /// Reads the records in one go, as far as that goes: to the end, or up to and with the first one
 /// that throws.
-Progress ReadInOrder(Console& console, BString const& file, Findings& findings) {
-    Source source(console, file, {.mode = HoldMode::Stream});
+Progress ReadInOrder(Console& console, Source& source, Findings& findings) {
     std::uint64_t done = 0;
-    source.Layer().SetFeaturesPtr(new StreamingCollection([&](std::uint64_t, BFeature&) {
+    source.Layer().SetFeaturesPtr(new StreamingCollection([&](std::uint64_t, BFeature& feature) {
+        findings.TakeFeature(feature);
         findings.SetRecord(++done); // what is logged from now on is about the next one
     }));
     ProgressBar progress(console, std::string(source.Layer().name.Utf8()));
@@ -126,10 +153,9 @@ Progress ReadInOrder(Console& console, BString const& file, Findings& findings) 
 
 /// Looks at the records from `first` on, each on its own, so that one that throws does not hide
 /// those behind it. Returns how many there are in all.
-std::uint64_t FetchOneByOne(Console& console, BString const& file, std::uint64_t first,
+std::uint64_t FetchOneByOne(Console& console, Source& source, std::uint64_t first,
                             Findings& findings) {
-    findings.SetRecord(std::nullopt);
-    Source source(console, file, {.mode = HoldMode::Direct});
+    source.ReopenDirectly();
     BFeatureCollection& features = source.Layer().GetFeatures();
     std::uint64_t const count = features.GetCount();
     ProgressBar progress(console, std::string(source.Layer().name.Utf8()));
@@ -137,7 +163,8 @@ std::uint64_t FetchOneByOne(Console& console, BString const& file, std::uint64_t
         progress.Step(i, count);
         findings.SetRecord(i);
         try {
-            features.GetAt(i, true);
+            BSharedPtr<BFeature> const feature = features.GetAt(i, true);
+            findings.TakeFeature(*feature);
         } catch (BException const& exception) {
             findings.TakeException(exception);
         }
@@ -147,22 +174,9 @@ std::uint64_t FetchOneByOne(Console& console, BString const& file, std::uint64_t
 
 /// Returns how many records there are.
 std::uint64_t CheckRecords(Console& console, BString const& file, Findings& findings) {
-    Progress const read = ReadInOrder(console, file, findings);
-    return read.isComplete ? read.records : FetchOneByOne(console, file, read.records, findings);
-}
-
-/// The reader takes as many records as the index has whole entries for, and says nothing more.
-void CheckIndexSize(BString const& file, std::uint64_t recordCount, Findings& findings) {
-    constexpr std::uint32_t headerSize = 100;
-    constexpr std::uint32_t entrySize = 8;
-    std::uint32_t const size =
-        BFileUtilities::GetSize(BFileUtilities::ChangeExtension(file, BString::FromUtf8(".shx")));
-    findings.SetRecord(std::nullopt);
-    if (size < headerSize || (size - headerSize) % entrySize != 0) {
-        findings.AddProblem("the index is cut");
-    } else if (recordCount == 0 && BFileUtilities::GetSize(file) > headerSize) {
-        findings.AddProblem("the index has no entries for the records of the file");
-    }
+    Source source(console, file, {.mode = HoldMode::Stream});
+    Progress const read = ReadInOrder(console, source, findings);
+    return read.isComplete ? read.records : FetchOneByOne(console, source, read.records, findings);
 }
 
 /// Returns the number of problems.
@@ -177,10 +191,13 @@ std::uint64_t CheckFile(Console& console, BString const& file) {
             findings.TakeLogLine(severity, line);
         });
         count = CheckRecords(console, file, findings);
-        CheckIndexSize(file, count, findings);
+        findings.SetRecord(std::nullopt);
+        for (std::string const& problem : CompanionProblems(file)) {
+            findings.AddProblem(problem);
+        }
     }
     std::uint64_t const problems = findings.ProblemCount();
-    console.out.Write(std::string(file.Utf8()) + ": " + std::to_string(count) +
+    console.out.Write(OneLine(file.Utf8()) + ": " + std::to_string(count) +
                       (count == 1 ? " record, " : " records, ") +
                       (problems == 0 ? "no" : std::to_string(problems)) +
                       (problems == 1 ? " problem" : " problems") + findings.Oddities() + "\n");

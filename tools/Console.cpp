@@ -16,11 +16,25 @@ BString Category() {
     return BString::FromUtf8("Ambrel Exception");
 }
 
-/// Control characters would break the promise of one line.
-std::string OneLine(std::string text) {
-    std::replace_if(
-        text.begin(), text.end(), [](unsigned char c) { return c < 0x20 || c == 0x7F; }, ' ');
-    return text;
+/// The line, with the file behind it where it does not name it, or a companion of it, already.
+std::string Naming(std::string_view file, std::string const& line) {
+    std::string_view const base = file.substr(0, file.rfind('.'));
+    bool const isNamed = line.find(base) != std::string::npos;
+    return isNamed ? line : line + " (" + std::string(file) + ")";
+}
+
+} // namespace
+
+std::string OneLine(std::string_view text) {
+    std::string line;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        auto const c = static_cast<unsigned char>(text[i]);
+        bool const startsC1 = c == 0xC2 && i + 1 < text.size() && // U+0080 to U+009F
+                              static_cast<unsigned char>(text[i + 1]) < 0xA0;
+        i += startsC1 ? 1 : 0;
+        line += c < 0x20 || c == 0x7F || startsC1 ? ' ' : text[i];
+    }
+    return line;
 }
 
 std::string Describe(std::exception const& error) {
@@ -38,15 +52,6 @@ std::string Describe(std::exception const& error) {
     return text;
 }
 
-/// The line, with the file behind it where it does not name it, or a companion of it, already.
-std::string Naming(std::string_view file, std::string const& line) {
-    std::string_view const base = file.substr(0, file.rfind('.'));
-    bool const isNamed = line.find(base) != std::string::npos;
-    return isNamed ? line : line + " (" + std::string(file) + ")";
-}
-
-} // namespace
-
 void FileSink::Write(std::string_view text) {
     while (!text.empty()) {
         ssize_t const written = ::write(descriptor, text.data(), text.size());
@@ -63,21 +68,26 @@ void FileSink::Write(std::string_view text) {
 }
 
 UsageException::UsageException(std::string const& message)
-    : BException(Category(), BString(), BString::FromUtf8(message)) {}
+    : StopException(Category(), BString(), BString::FromUtf8(message)) {}
 
 OutputException::OutputException(std::string const& file, int reason)
     : OutputException(file, std::string(std::strerror(reason))) {}
 
 OutputException::OutputException(std::string const& file, std::string const& reason)
-    : BException(Category(), BString::FromUtf8("write"), BString::FromUtf8(file + ": " + reason)) {}
+    : StopException(Category(), BString::FromUtf8("write"),
+                    BString::FromUtf8(file + ": " + reason)) {}
 
-PipeClosedException::PipeClosedException() : BException(Category(), BString(), BString()) {}
+PipeClosedException::PipeClosedException() : StopException(Category(), BString(), BString()) {}
 
 InterruptedException::InterruptedException()
-    : BException(Category(), BString(), BString::FromUtf8("stopped")) {}
+    : StopException(Category(), BString(), BString::FromUtf8("stopped")) {}
 
 void PrintError(Console& console, std::exception const& error, std::string_view file) {
-    console.err.Write("ambrel-shp: " + OneLine(Naming(file, Describe(error))) + "\n");
+    PrintError(console, Describe(error), file);
+}
+
+void PrintError(Console& console, std::string_view text, std::string_view file) {
+    console.err.Write("ambrel-shp: " + OneLine(Naming(file, std::string(text))) + "\n");
 }
 
 void PrintWarning(Console& console, std::string_view text) {

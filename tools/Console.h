@@ -51,15 +51,21 @@ struct Console {
     std::string file = {};     ///< what is being worked on: warnings name it
 };
 
+/// What ends the tool's work as a whole: no other file or record would fare better.
+class StopException : public BException {
+public:
+    using BException::BException;
+};
+
 /// What the caller of the tool got wrong: exit code 2.
-class UsageException final : public BException {
+class UsageException final : public StopException {
 public:
     explicit UsageException(std::string const& message);
     char const* GetClassName() const noexcept override { return "usage"; }
 };
 
 /// A result that could not be written.
-class OutputException final : public BException {
+class OutputException final : public StopException {
 public:
     /// `reason` is an errno value.
     OutputException(std::string const& file, int reason);
@@ -68,22 +74,29 @@ public:
 };
 
 /// The reader of our output has gone. It has what it wanted, so nobody is told.
-class PipeClosedException final : public BException {
+class PipeClosedException final : public StopException {
 public:
     PipeClosedException();
     char const* GetClassName() const noexcept override { return "PipeClosedException"; }
 };
 
 /// The user has asked to stop: see Interrupt.h.
-class InterruptedException final : public BException {
+class InterruptedException final : public StopException {
 public:
     InterruptedException();
     char const* GetClassName() const noexcept override { return "InterruptedException"; }
 };
 
-/// Prints one line about a failure, in which kind, operation and file are named: "ambrel-shp:
-/// KIND: OPERATION: MESSAGE". The file is added where the message does not name it.
+/// The text with spaces for control characters, which would break lines and command terminals.
+std::string OneLine(std::string_view text);
+/// "KIND: OPERATION: MESSAGE", without what is empty.
+std::string Describe(std::exception const& error);
+
+/// Prints "ambrel-shp: " and the failure as above, in one line. The file is added where the text
+/// does not name it.
 void PrintError(Console& console, std::exception const& error, std::string_view file);
+/// The same with a text that says what has failed.
+void PrintError(Console& console, std::string_view text, std::string_view file);
 /// Prints "ambrel-shp: warning: TEXT", with the file that is being worked on as above.
 void PrintWarning(Console& console, std::string_view text);
 

@@ -1,5 +1,6 @@
 #include "CsvWriter.h"
 
+#include "ColumnNames.h"
 #include "GeometryWalk.h"
 #include "OutputFile.h"
 #include "TextFormat.h"
@@ -40,9 +41,8 @@ public:
 
     /// The ring as it is, closed.
     void Ring(BPoints const& points) {
-        std::uint64_t const count = points.GetCount();
-        bool const isOpen = count > 0 && !(points.GetAt(0) == points.GetLast());
-        List(count + (isOpen ? 1 : 0), [&](std::uint64_t i) { Vertex(points.GetAt(i % count)); });
+        List(ClosedCount(points, is3d),
+             [&](std::uint64_t i) { Vertex(points.GetAt(i % points.GetCount())); });
     }
 
     void Area(BAreaGeo const& area) {
@@ -141,13 +141,16 @@ void AppendValue(std::string& text, BVariant const& value) {
 } // namespace
 
 void CsvWriter::Begin(BString const&, BAttributeDefs const& schema) {
-    columns = hasAttributes ? schema.GetCount() : 0;
+    constexpr char const* geometryColumn = "wkt";
     std::string& text = output.Buffer();
-    for (std::uint64_t i = 0; i < columns; ++i) {
-        AppendCsvField(text, schema.GetAt(i).name.Utf8());
-        text += ',';
+    if (hasAttributes) {
+        columns = schema.GetCount();
+        for (std::string const& name : ColumnNames(schema, {geometryColumn})) {
+            AppendCsvField(text, name);
+            text += ',';
+        }
     }
-    text += "wkt";
+    text += geometryColumn;
     text += recordEnd;
 }
 

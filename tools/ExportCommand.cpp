@@ -1,15 +1,13 @@
 #include "Commands.h"
 #include "Console.h"
 #include "CsvWriter.h"
+#include "FeaturePassage.h"
 #include "ForEachFile.h"
 #include "GeoJsonWriter.h"
 #include "GeometryWalk.h"
 #include "OutputFile.h"
-#include "ProgressBar.h"
-#include "StreamingCollection.h"
 
 #include "Ambrel/BFileUtilities.h"
-#include "Ambrel/Constants.h"
 
 #include <filesystem>
 #include <set>
@@ -47,13 +45,10 @@ public:
           transform(std::move(newTransform)) {}
 
     /// Changes the geometry where a transformation was asked for.
-    void Take(std::uint64_t index, BFeature& feature) const {
-        if (options.window && !LiesIn(*options.window, feature)) {
-            return;
+    void Take(std::uint64_t record, BFeature& feature) const {
+        if (!options.window || LiesIn(*options.window, feature)) {
+            writer.Write(record, feature, WritableGeometry(record, feature));
         }
-        BVariant const* const number = feature.GetMetadata().Find(CMN_RECORD_NUMBER);
-        std::uint64_t const record = number ? number->GetValueAsUnsignedInteger64(index) : index;
-        writer.Write(record, feature, WritableGeometry(record, feature));
     }
 
 private:
@@ -87,39 +82,6 @@ private:
     std::unique_ptr<BTransform> transform;
 };
 
-void ReadLayer(Source& source, ProgressBar& progress) {
-    source.Reader().SetProgress(&progress);
-    source.Reader().Read();
-    if (source.Reader().GetReadResult() == READ_CANCELLED) {
-        throw InterruptedException();
-    }
-}
-
-void TakeAll(BFeatureCollection& features, Export const& task, ProgressBar& progress) {
-    std::uint64_t const count = features.GetCount();
-    for (std::uint64_t i = 0; i < count; ++i) {
-        progress.Step(i, count);
-        BSharedPtr<BFeature> const feature = features.GetAt(i, true);
-        task.Take(i, *feature);
-    }
-}
-
-void RunMode(Console& console, BString const& file, Source& source, Export const& task,
-             HoldMode mode) {
-    ProgressBar progress(console, std::string(BFileUtilities::GetBasename(file).Utf8()));
-    switch (mode) {
-    case HoldMode::Stream:
-        source.Layer().SetFeaturesPtr(new StreamingCollection(
-            [&](std::uint64_t index, BFeature& feature) { task.Take(index, feature); }));
-        return ReadLayer(source, progress);
-    case HoldMode::Memory:
-    case HoldMode::Cache:
-        ReadLayer(source, progress);
-        return TakeAll(source.Layer().GetFeatures(), task, progress);
-    case HoldMode::Direct: return TakeAll(source.Layer().GetFeatures(), task, progress);
-    }
-}
-
 std::unique_ptr<FeatureWriter> MakeWriter(OutputFile& output, ExportOptions const& options) {
     if (IsCsv(options)) {
         return std::make_unique<CsvWriter>(output, options.source.useAttributes);
@@ -127,17 +89,34 @@ std::unique_ptr<FeatureWriter> MakeWriter(OutputFile& output, ExportOptions cons
     return std::make_unique<GeoJsonWriter>(output);
 }
 
-void ExportFile(Console& console, BString const& file, std::string const& outputPath,
-                ExportOptions const& options) {
+void RequireField(BAttributeDefs const& schema, std::string const& name) {
+    for (std::uint64_t i = 0; i < schema.GetCount(); ++i) {
+        if (schema.GetAt(i).name.Utf8() == name) {
+            return;
+        }
+    }
+    throw BDataManagerException(BString::FromUtf8("--z-attribute"),
+                                BString::FromUtf8("there is no field " + name));
+}
+
+/// Returns how many records could not be exported whole.
+std::uint64_t ExportFile(Console& console, BString const& file, std::string const& outputPath,
+                         ExportOptions const& options) {
     Source source(console, file, options.source);
+    if (!options.source.attributeZ.empty()) {
+        RequireField(source.Layer().GetSchema(), options.source.attributeZ);
+    }
     std::unique_ptr<BTransform> transform = options.toWgs84 ? TransformOf(source.Layer()) : nullptr;
     OutputFile output(console, outputPath);
     std::unique_ptr<FeatureWriter> const writer = MakeWriter(output, options);
     Export const task(console, file, options, *writer, std::move(transform));
     writer->Begin(source.Layer().name, source.Layer().GetSchema());
-    RunMode(console, file, source, task, options.source.mode);
+    std::uint64_t const problems =
+        PassFeatures(console, file, source,
+                     [&](std::uint64_t record, BFeature& feature) { task.Take(record, feature); });
     writer->End();
     output.Commit();
+    return problems;
 }
 
 /// What is written is no shapefile, and must not take the place of a part of one.
@@ -154,6 +133,7 @@ void RefuseShapefile(std::string const& output) {
 int ExportToFolder(Console& console, ExportOptions const& options) {
     char const* const extension = IsCsv(options) ? ".csv" : ".geojson";
     std::set<std::string> written;
+    std::uint64_t problems = 0;
     int const failed = ForEachFile(console, {options.path}, [&](BString const& file) {
         std::string const name(BFileUtilities::GetBasename(file).Utf8());
         std::string const path = (fs::path(options.output) / (name + extension)).string();
@@ -161,9 +141,9 @@ int ExportToFolder(Console& console, ExportOptions const& options) {
             throw BDataManagerException(BString::FromUtf8("export"),
                                         BString::FromUtf8(path + " has another file's layer"));
         }
-        ExportFile(console, file, path, options);
+        problems += ExportFile(console, file, path, options);
     });
-    return failed > 0 ? EXIT_PROBLEM : EXIT_OK;
+    return failed > 0 || problems > 0 ? EXIT_PROBLEM : EXIT_OK;
 }
 
 } // namespace
@@ -174,10 +154,13 @@ int RunExport(Console& console, ExportOptions const& options) {
         return ExportToFolder(console, options);
     }
     RefuseShapefile(options.output);
-    BString const file = TheFileOf(options.path);
-    bool const isDone =
-        Survives(console, file.Utf8(), [&] { ExportFile(console, file, options.output, options); });
-    return isDone ? EXIT_OK : EXIT_PROBLEM;
+    BString const file =
+        TheFileOf(options.path, "name one of them, or an --output folder that is there");
+    std::uint64_t problems = 0;
+    bool const isDone = Survives(console, file.Utf8(), [&] {
+        problems = ExportFile(console, file, options.output, options);
+    });
+    return isDone && problems == 0 ? EXIT_OK : EXIT_PROBLEM;
 }
 
 } // namespace Ambrel::Tool

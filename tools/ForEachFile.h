@@ -13,13 +13,7 @@ bool Survives(Console& console, std::string_view file, Action&& action) {
     try {
         action();
         return true;
-    } catch (PipeClosedException const&) {
-        throw;
-    } catch (InterruptedException const&) {
-        throw;
-    } catch (OutputException const&) {
-        throw;
-    } catch (UsageException const&) {
+    } catch (StopException const&) {
         throw;
     } catch (std::exception const& error) {
         PrintError(console, error, file);

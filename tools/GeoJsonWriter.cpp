@@ -1,11 +1,13 @@
 #include "GeoJsonWriter.h"
 
+#include "ColumnNames.h"
 #include "GeometryWalk.h"
 #include "OutputFile.h"
 #include "TextFormat.h"
 
 #include "ShpReader/shp/ShpFormat.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace Ambrel::Tool {
@@ -69,20 +71,14 @@ public:
     }
 
 private:
-    bool AreSame(BPoint const& a, BPoint const& b) const {
-        return a.X == b.X && a.Y == b.Y && (!is3d || a.Z == b.Z);
-    }
-
     /// A closed ring. One without area has no orientation and stays as it is.
     void Ring(BPolygon const& ring, EOrientation wanted) {
         BPoints const& points = ring.GetPoints();
         std::uint64_t const count = points.GetCount();
-        bool const isOpen = count > 0 && !AreSame(points.GetAt(0), points.GetLast());
         EOrientation const found = ring.GetOrientation();
         bool const isReversed = found != ORIENTATION_NONE && found != wanted;
-        List(count + (isOpen ? 1 : 0), [&](std::uint64_t i) {
-            std::uint64_t const place =
-                i % count; // an open ring ends with the vertex it began with
+        List(ClosedCount(points, is3d), [&](std::uint64_t i) {
+            std::uint64_t const place = i % count;
             Position(points.GetAt(isReversed ? count - 1 - place : place));
         });
     }
@@ -162,16 +158,16 @@ void AppendValue(std::string& text, BVariant const& value) {
     }
 }
 
-void AppendProperties(std::string& text, BAttributes const& attributes) {
+/// `keys`: one for each attribute, as JSON, with its colon.
+void AppendProperties(std::string& text, std::vector<std::string> const& keys,
+                      BAttributes const& attributes) {
     text += '{';
-    for (std::uint64_t i = 0; i < attributes.GetCount(); ++i) {
-        BAttribute const& attribute = attributes.GetAt(i);
+    for (std::uint64_t i = 0; i < std::min(keys.size(), attributes.GetCount()); ++i) {
         if (i > 0) {
             text += ',';
         }
-        AppendJsonString(text, attribute.GetName().Utf8());
-        text += ':';
-        AppendValue(text, attribute.GetValue());
+        text += keys[i];
+        AppendValue(text, attributes.GetAt(i).GetValue());
     }
     text += '}';
 }
@@ -194,7 +190,11 @@ void AppendMeasures(std::string& text, BFeature const& feature) {
 
 } // namespace
 
-void GeoJsonWriter::Begin(BString const& layerName, BAttributeDefs const&) {
+void GeoJsonWriter::Begin(BString const& layerName, BAttributeDefs const& schema) {
+    for (std::string const& name : ColumnNames(schema, {})) {
+        AppendJsonString(keys.emplace_back(), name);
+        keys.back() += ':';
+    }
     std::string& text = output.Buffer();
     text += R"({"type":"FeatureCollection","name":)";
     AppendJsonString(text, layerName.Utf8());
@@ -211,7 +211,7 @@ void GeoJsonWriter::Write(std::uint64_t record, BFeature const& feature,
     text += R"(,"geometry":)";
     AppendGeometry(text, geometry);
     text += R"(,"properties":)";
-    AppendProperties(text, feature.attributes);
+    AppendProperties(text, keys, feature.attributes);
     AppendMeasures(text, feature);
     text += '}';
     output.FlushIfFull();

@@ -3,6 +3,7 @@
 #include "FeatureWriter.h"
 
 #include <string>
+#include <vector>
 
 namespace Ambrel::Tool {
 
@@ -18,6 +19,7 @@ public:
 
 private:
     OutputFile& output;
+    std::vector<std::string> keys; ///< of the attributes, as JSON, with their colons
     bool isFirst = true;
 };
 

@@ -31,6 +31,17 @@ AreaRings RingsOf(BAreaGeo const& area) {
     return rings;
 }
 
+std::uint64_t ClosedCount(BPoints const& ring, bool is3d) {
+    std::uint64_t const count = ring.GetCount();
+    if (count == 0) {
+        return 0;
+    }
+    BPoint const& first = ring.GetAt(0);
+    BPoint const& last = ring.GetLast();
+    bool const isClosed = first.X == last.X && first.Y == last.Y && (!is3d || first.Z == last.Z);
+    return isClosed ? count : count + 1;
+}
+
 bool IsFinite(BGeometry const& geometry) {
     bool const is3d = geometry.is3d != 0;
     bool isFinite = true;

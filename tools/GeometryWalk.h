@@ -21,6 +21,10 @@ AreaRings RingsOf(BAreaGeo const& area);
 /// geometry's own flag says that it means something.
 bool IsFinite(BGeometry const& geometry);
 
+/// How many vertices the ring has when it is closed: one more than it states where it ends with
+/// another vertex than it began with. Vertices that differ in Z alone differ where `is3d`.
+std::uint64_t ClosedCount(BPoints const& ring, bool is3d);
+
 /// Calls `visit(points)` for the vertices of every part of the geometry. `visit` gets a
 /// `BPoint const*` and a count.
 template <class Visitor>

@@ -160,11 +160,11 @@ std::string Pad(std::string text, std::size_t width) {
 }
 
 std::string Row(std::string const& label, std::string const& value) {
-    return "  " + Pad(label, 10) + value + "\n";
+    return "  " + Pad(label, 10) + OneLine(value) + "\n";
 }
 
 std::string LayerText(Json const& layer, bool colors) {
-    std::string const name = layer["name"];
+    std::string const name = OneLine(std::string(layer["name"]));
     std::string text = colors ? "\033[1m" + name + "\033[0m\n" : name + "\n";
     text += Row("file", layer["path"]);
     text += Row("type", TypeText(layer));

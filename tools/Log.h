@@ -4,24 +4,33 @@
 
 namespace Ambrel::Tool {
 
-/// Takes the lines of the process's logger while it lives; then the former threshold and standard
-/// error are back.
+/// Takes the lines of the process's logger while it lives.
 class Log final {
 public:
     Log(ELogSeverity threshold, BLogger::Sink sink)
-        : formerThreshold(BLogger::Instance()->GetThreshold()) {
+        : formerThreshold(BLogger::Instance()->GetThreshold()),
+          formerSink(BLogger::Instance()->SetSink(std::move(sink))) {
         BLogger::Instance()->SetThreshold(threshold);
-        BLogger::Instance()->SetSink(std::move(sink));
     }
     ~Log() {
-        BLogger::Instance()->SetSink({});
         BLogger::Instance()->SetThreshold(formerThreshold);
+        BLogger::Instance()->SetSink(std::move(formerSink));
     }
     Log(Log const&) = delete;
     Log& operator=(Log const&) = delete;
 
 private:
     ELogSeverity formerThreshold;
+    BLogger::Sink formerSink;
+};
+
+/// Keeps what has been said before from being said again while it lives.
+class Silence final {
+public:
+    Silence() : log(LOG_FATAL, [](ELogSeverity, std::string_view) {}) {}
+
+private:
+    Log log;
 };
 
 } // namespace Ambrel::Tool

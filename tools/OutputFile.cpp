@@ -31,11 +31,18 @@ bool IsNoRegularFile(std::string const& path) {
     return ::stat(path.c_str(), &status) == 0 && !S_ISREG(status.st_mode);
 }
 
-/// Links are followed, so that the file that they point to is replaced and not the link.
-std::string Resolve(std::string const& path) {
+/// Links are followed, to where no file is yet too, so that the link stays and its target appears.
+std::string Resolve(std::string path) {
+    namespace fs = std::filesystem;
+    constexpr int mostLinks = 40; // as the system has it
     std::error_code error;
-    auto const resolved = std::filesystem::canonical(path, error);
-    return error ? path : resolved.string();
+    for (int links = 0; fs::is_symlink(path, error); ++links) {
+        if (links == mostLinks) {
+            throw OutputException(path, ELOOP);
+        }
+        path = (fs::path(path).parent_path() / fs::read_symlink(path)).string();
+    }
+    return path;
 }
 
 } // namespace

@@ -1,12 +1,12 @@
 #include "Source.h"
 
 #include "Console.h"
+#include "Log.h"
 #include "OutputFile.h"
 #include "PlugIn.h"
 
 #include "Ambrel/BException.h"
 #include "Ambrel/BFileUtilities.h"
-#include "Ambrel/BLogger.h"
 #include "Ambrel/Constants.h"
 
 #include <algorithm>
@@ -38,14 +38,25 @@ void Source::Destroy::operator()(BDataReader* reader) const {
     ShapefilePlugIn().DestroyObject(reader);
 }
 
-Source::Source(Console& console, BString const& path, SourceOptions const& options)
-    : reader(ShapefilePlugIn().CreateReader(BString(), OptionsOfReader(options.mode), nullptr,
-                                            BLogger::Instance())) {
+Source::Source(Console& console, BString const& newPath, SourceOptions const& newOptions)
+    : path(newPath), options(newOptions) {
     if (options.useAttributes || !options.encoding.empty()) {
         encoding.emplace(console, path, options.encoding);
     }
+    Open();
+}
+
+void Source::Open() {
+    reader.reset(ShapefilePlugIn().CreateReader(BString(), OptionsOfReader(options.mode), nullptr,
+                                                BLogger::Instance()));
     reader->Open(path, OptionsOfOpen(options));
     layer = reader->GetLayers().GetAt(0);
+}
+
+void Source::ReopenDirectly() {
+    Silence const silence; // opening has told what there is to tell
+    options.mode = HoldMode::Direct;
+    Open();
 }
 
 BRect Source::Extent() {
@@ -65,6 +76,9 @@ std::vector<BString> FilesOf(std::string const& path) {
 std::vector<std::string> ShapefilesAmong(std::vector<std::string> const& paths) {
     std::vector<std::string> shapefiles;
     for (std::string path : paths) {
+        if (path.empty()) { // what a shell makes of a variable that is not set
+            throw UsageException("a path is empty");
+        }
         std::string const extension = ExtensionOf(path);
         if (extension == ".shx" || extension == ".dbf" || extension == ".prj" ||
             extension == ".cpg") {
@@ -79,11 +93,11 @@ std::vector<std::string> ShapefilesAmong(std::vector<std::string> const& paths) 
     return shapefiles;
 }
 
-BString TheFileOf(std::string const& path) {
+BString TheFileOf(std::string const& path, std::string const& advice) {
     std::vector<BString> const files = FilesOf(ShapefilesAmong({path}).front());
     if (files.size() > 1) {
         throw UsageException(path + " stands for " + std::to_string(files.size()) +
-                             " shapefiles; name one of them");
+                             " shapefiles; " + advice);
     }
     return files.front();
 }

@@ -31,8 +31,12 @@ struct SourceOptions {
 class Source final {
 public:
     /// Throws what the reader's Open throws.
-    Source(Console& console, BString const& path, SourceOptions const& options);
+    Source(Console& console, BString const& newPath, SourceOptions const& newOptions);
 
+    /// Leaves the features in the file from now on. Reader and layer are others then.
+    void ReopenDirectly();
+
+    HoldMode Mode() const noexcept { return options.mode; }
     BVectorLayer& Layer() noexcept { return static_cast<BVectorLayer&>(*layer); }
     BDataReader& Reader() noexcept { return *reader; }
     /// The rectangle that the main file's header states.
@@ -43,6 +47,10 @@ private:
         void operator()(BDataReader* reader) const;
     };
 
+    void Open();
+
+    BString path;
+    SourceOptions options;
     std::optional<EncodingScope> encoding; ///< none where no text is asked for
     std::unique_ptr<BDataReader, Destroy> reader;
     BSharedPtr<BLayer> layer;
@@ -54,8 +62,8 @@ std::vector<BString> FilesOf(std::string const& path);
 /// The paths, each once; a companion (".shx", ".dbf", ".prj", ".cpg") stands for its shapefile, as
 /// it does where a shell has given all files of a folder.
 std::vector<std::string> ShapefilesAmong(std::vector<std::string> const& paths);
-/// The one shapefile of a command that takes no more. Throws as FilesOf, and UsageException when
-/// there are several.
-BString TheFileOf(std::string const& path);
+/// The one shapefile of a command that takes no more. Throws as FilesOf, and UsageException with
+/// the advice when there are several.
+BString TheFileOf(std::string const& path, std::string const& advice = "name one of them");
 
 } // namespace Ambrel::Tool

@@ -19,6 +19,14 @@ namespace {
 constexpr char const* commandNames[] = {"info", "export", "check", "select", "draw"};
 constexpr int largestSide = 20000; // pixels
 
+std::map<std::string, HoldMode> const& Modes() {
+    static std::map<std::string, HoldMode> const modes = {{"stream", HoldMode::Stream},
+                                                          {"memory", HoldMode::Memory},
+                                                          {"cache", HoldMode::Cache},
+                                                          {"direct", HoldMode::Direct}};
+    return modes;
+}
+
 /// "A<separator>B<separator>..." as `count` numbers.
 template <class T>
 std::vector<T> ParseNumbers(std::string const& option, std::string const& text, char separator,
@@ -63,6 +71,7 @@ struct Arguments {
     bool verbose = false;
     std::string window;
     std::string size;
+    std::string mode = "stream";
     std::vector<std::string> styles;
     bool noAttributes = false;
     InfoOptions info;
@@ -82,9 +91,21 @@ constexpr char const* encodingHelp =
     "Encoding of the table's text: UTF-8, 1252, ISO-8859-2, 850, Big5 ... "
     "(default: the .cpg file, else what the table states, else UTF-8 or Windows-1252)";
 
+/// An option of the whole tool that may stand before the command and behind it.
+void AddVerbose(CLI::App& app, Arguments& arguments) {
+    app.add_flag("-v,--verbose", arguments.verbose, "Show the whole log on standard error");
+}
+
+CLI::App* AddCommand(CLI::App& app, Arguments& arguments, std::string const& name,
+                     std::string const& description) {
+    CLI::App* const command = app.add_subcommand(name, description);
+    AddVerbose(*command, arguments);
+    return command;
+}
+
 void AddInfo(CLI::App& app, Arguments& arguments) {
-    CLI::App* const command =
-        app.add_subcommand("info", "Show what is in shapefiles: type, records, extent, fields");
+    CLI::App* const command = AddCommand(
+        app, arguments, "info", "Show what is in shapefiles: type, records, extent, fields");
     command->add_option("PATH", arguments.info.paths, pathHelp)->required();
     command->add_flag("--json", arguments.info.json, "Print a JSON array, one object a layer");
     command->add_option("--encoding", arguments.info.encoding, encodingHelp)->type_name("NAME");
@@ -92,12 +113,8 @@ void AddInfo(CLI::App& app, Arguments& arguments) {
 
 void AddExport(CLI::App& app, Arguments& arguments) {
     ExportOptions& options = arguments.exportOptions;
-    CLI::App* const command =
-        app.add_subcommand("export", "Convert a shapefile to GeoJSON or CSV (geometry as WKT)");
-    static std::map<std::string, HoldMode> const modes = {{"stream", HoldMode::Stream},
-                                                          {"memory", HoldMode::Memory},
-                                                          {"cache", HoldMode::Cache},
-                                                          {"direct", HoldMode::Direct}};
+    CLI::App* const command = AddCommand(app, arguments, "export",
+                                         "Convert a shapefile to GeoJSON or CSV (geometry as WKT)");
     command->add_option("PATH", options.path, pathHelp)->required();
     command
         ->add_option("-o,--output", options.output,
@@ -117,23 +134,25 @@ void AddExport(CLI::App& app, Arguments& arguments) {
         ->type_name("NAME");
     command->add_option("--encoding", options.source.encoding, encodingHelp)->type_name("NAME");
     command
-        ->add_option("--mode", options.source.mode,
+        ->add_option("--mode", arguments.mode,
                      "Where features are meanwhile: stream (default), memory, cache (on disk) or "
                      "direct; the result is the same")
         ->type_name("NAME")
-        ->transform(CLI::CheckedTransformer(modes).description(""));
+        ->check(CLI::IsMember(Modes()));
 }
 
 void AddCheck(CLI::App& app, Arguments& arguments) {
-    CLI::App* const command = app.add_subcommand(
-        "check", "Read everything and list what is wrong; exit code 0 sound, 1 problems, 2 "
-                 "unreadable");
+    CLI::App* const command =
+        AddCommand(app, arguments, "check",
+                   "Read everything and list what is wrong; exit code 0 sound, 1 problems, 2 "
+                   "unreadable");
     command->add_option("PATH", arguments.check.paths, pathHelp)->required();
 }
 
 void AddSelect(CLI::App& app, Arguments& arguments) {
-    CLI::App* const command = app.add_subcommand(
-        "select", "Print the indexes of the records whose rectangles meet a window");
+    CLI::App* const command =
+        AddCommand(app, arguments, "select",
+                   "Print the indexes of the records whose rectangles meet a window");
     command->add_option("PATH", arguments.select.path, pathHelp)->required();
     command->add_option("--bbox", arguments.window, windowHelp)
         ->type_name("XMIN,YMIN,XMAX,YMAX")
@@ -142,9 +161,10 @@ void AddSelect(CLI::App& app, Arguments& arguments) {
 }
 
 void AddDraw(CLI::App& app, Arguments& arguments) {
-    CLI::App* const command = app.add_subcommand(
-        "draw", "Draw shapefiles over each other, in the order given; those of one folder or "
-                "wildcard with areas below lines below points");
+    CLI::App* const command =
+        AddCommand(app, arguments, "draw",
+                   "Draw shapefiles over each other, in the order given; those of one folder or "
+                   "wildcard with areas below lines below points");
     command->add_option("PATH", arguments.draw.paths, pathHelp)->required();
     command
         ->add_option("-o,--output", arguments.draw.output,
@@ -171,7 +191,7 @@ void AddEverything(CLI::App& app, Arguments& arguments) {
     app.name("ambrel-shp");
     app.set_version_flag("--version", "ambrel-shp " AMBREL_VERSION, "Print the version and exit");
     app.set_help_flag("-h,--help", "Print this help and exit");
-    app.add_flag("-v,--verbose", arguments.verbose, "Show the whole log on standard error");
+    AddVerbose(app, arguments);
     app.fallthrough();
     app.require_subcommand(1);
     app.get_formatter()->column_width(34);
@@ -207,6 +227,7 @@ void CompleteCommand(std::vector<std::string>& arguments) {
 
 int RunExportCommand(Console& console, Arguments& arguments) {
     arguments.exportOptions.window = arguments.Window();
+    arguments.exportOptions.source.mode = Modes().at(arguments.mode);
     arguments.exportOptions.source.useAttributes = !arguments.noAttributes;
     return RunExport(console, arguments.exportOptions);
 }

@@ -1,11 +1,15 @@
 #include "Ambrel/BFileUtilities.h"
 
+#include "Ambrel/BLogger.h"
+
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QRegularExpression>
+#include <QTextCodec>
 
 #include <algorithm>
+#include <filesystem>
 
 namespace Ambrel {
 
@@ -92,17 +96,40 @@ QRegularExpression WildcardPattern(QString const& wildcard) {
                                   QRegularExpression::DotMatchesEverythingOption);
 }
 
+/// Logs which files match and can not be opened: their names are not in the encoding of file names,
+/// and QDir does not list them.
+template <class Matches>
+void WarnOfLostNames(QString const& folder, Matches&& matches) {
+    std::error_code error; // what can not be listed has no files
+    std::filesystem::path const path(QFile::encodeName(folder).toStdString());
+    for (std::filesystem::directory_iterator file(path, error), end; !error && file != end;
+         file.increment(error)) {
+        QByteArray const bytes = QByteArray::fromStdString(file->path().filename().string());
+        QString const name = QFile::decodeName(bytes);
+        std::error_code unknown; // a file that has gone meanwhile is none
+        if (QFile::encodeName(name) != bytes && matches(name) && file->is_regular_file(unknown)) {
+            BLogger::Instance()->WriteLine(
+                LOG_WARNING, "BFileUtilities: %s is left out: its name is not %s.",
+                BString::FromQString(QDir(folder).filePath(name)).Ascii(),
+                QTextCodec::codecForLocale()->name().constData());
+        }
+    }
+}
+
 /// The regular files of the folder that match, sorted by name.
 std::vector<BString> FilesIn(QString const& folder, QString const& wildcard,
                              QString const& extension) {
     QRegularExpression const pattern = WildcardPattern(wildcard);
+    auto const matches = [&](QString const& name) {
+        return name.endsWith(extension, Qt::CaseInsensitive) && pattern.match(name).hasMatch();
+    };
     std::vector<BString> paths;
     for (QFileInfo const& file : QDir(folder).entryInfoList(QDir::Files, QDir::Name)) {
-        if (file.isFile() && file.fileName().endsWith(extension, Qt::CaseInsensitive) &&
-            pattern.match(file.fileName()).hasMatch()) {
+        if (file.isFile() && matches(file.fileName())) {
             paths.push_back(BString::FromQString(QDir::cleanPath(file.absoluteFilePath())));
         }
     }
+    WarnOfLostNames(folder, matches);
     return paths;
 }
 

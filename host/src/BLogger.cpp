@@ -6,6 +6,7 @@
 #include <cstdarg>
 #include <cstdio>
 #include <string>
+#include <utility>
 
 namespace Ambrel {
 
@@ -27,9 +28,9 @@ BLogger* BLogger::Instance() noexcept {
     return instance;
 }
 
-void BLogger::SetSink(Sink newSink) {
+BLogger::Sink BLogger::SetSink(Sink newSink) {
     std::lock_guard const hold(sinkLock);
-    sink = std::move(newSink);
+    return std::exchange(sink, std::move(newSink));
 }
 
 void BLogger::WriteLine(ELogSeverity severity, char const* format, ...) noexcept {

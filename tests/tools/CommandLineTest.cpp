@@ -13,7 +13,7 @@ TEST_F(CommandLine, RefusesWrongUsageInOneLine) {
                                    "info --nonsense map.shp",
                                    "export map.shp extra",
                                    "export map.shp --format kml",
-                                   "export map.shp --mode magic",
+                                   "export map.shp --mode 1",
                                    "export map.shp --bbox 1,2,3",
                                    "export map.shp --bbox 1,2,3,4,5",
                                    "export map.shp --bbox 5,0,1,1",
@@ -84,6 +84,9 @@ TEST_F(Program, GetsAlongWithPipesFilesAndLocales) {
          Printed("\033[1mZürich\033[0m\r\n")},
         {"NO_COLOR=1 TERM=xterm script -qec '$TOOL Zürich' /dev/null | head -n 1",
          Printed("Zürich\r\n")},
+        {"mkdir odd && : >odd/$(printf 'Z\\374rich.shp') && $TOOL info odd 2>&1 | "
+         "grep -c 'rich.shp is left out: its name is not UTF-8'",
+         Printed("1\n")},
         {"$TOOL export Zürich >/dev/full",
          Failed(1, "OutputException: write: standard output: No space left on device")},
     };

@@ -120,10 +120,9 @@ TEST_F(Export, TakesZFromAnAttribute) {
     Write(ShapefileBuilder(1).Field("height", 'N', 6, 1).Row({"12.5"}).Point(1, 2));
     std::string const line = "export map.shp --format csv --z-attribute ";
     EXPECT_EQ(RunTool(line + "height"), Printed("height,wkt\r\n12.5,POINT Z (1 2 12.5)\r\n"));
-    EXPECT_EQ(
-        RunTool(line + "missing"),
-        Failed(1,
-               "BAttributeDataException: BAttributes::GetAttribute: Attribute=missing (map.shp)"));
+    EXPECT_EQ(RunTool(line + "missing"),
+              Failed(1, "BDataManagerException: --z-attribute: there is no field missing "
+                        "(map.shp)"));
 }
 
 TEST_F(Export, GivesTheSameBytesInEveryMode) {
@@ -160,25 +159,50 @@ TEST_F(Export, ReplacesAFileOnlyWhenItIsComplete) {
     fs::permissions("out/map.json", permissions);
     fs::create_symlink("out/map.json", "link");
 
-    Write(ShapefileBuilder(1).Point(1, 2).Raw({31, 0, 0, 0}).Point(3, 4));
+    Write(ShapefileBuilder(1).Point(1, 2));
     for (std::string const& mode : modes) {
-        std::string const line = "export map.shp -o link --mode " + mode;
-        EXPECT_EQ(RunTool(line),
-                  Failed(1, "BUnknownGeometryException: BShpFile::Read: Multipatch geometry is not "
-                            "supported. (map.shp)"));
         Tool::SetInterrupted(true);
-        EXPECT_EQ(RunTool(line), Failed(130, "stopped"));
+        EXPECT_EQ(RunTool("export map.shp -o link --mode " + mode), Failed(130, "stopped"));
         Tool::SetInterrupted(false);
     }
     EXPECT_EQ(TextOf("out/map.json"), "old");
 
-    Write(ShapefileBuilder(1).Point(1, 2));
     EXPECT_EQ(RunTool("export map.shp -o link"), Printed(""));
     EXPECT_EQ(TextOf("out/map.json"), RunTool("export map.shp -o -").out);
     EXPECT_TRUE(fs::is_symlink("link"));
     EXPECT_EQ(fs::status("link").permissions(), permissions);
     fs::remove("out/map.json");
     EXPECT_TRUE(fs::is_empty("out"));
+    EXPECT_EQ(RunTool("export map.shp -o link"), Printed(""));
+    EXPECT_TRUE(fs::is_symlink("link") && fs::exists("out/map.json"));
+}
+
+TEST_F(Export, LosesNothingThatIsSoundBehindARecordThatCanNotBeRead) {
+    TableBuilder table;
+    table.Field("id", 'N', 3).Row({"7"}).Row({"8"}).Row({"9"});
+    ShapefileBuilder builder(1);
+    builder.Point(1, 2).Raw({31, 0, 0, 0}).Point(3, 4).Point(5, 6);
+    Write(builder.Table(table));
+    std::string const mismatch = "BIndexOutOfBoundsException: BDbfFile::ReadAttributeRecord: "
+                                 "SHP/DBF data mismatch (Index=3, NumRecords=3)";
+    for (std::string const& mode : modes) {
+        EXPECT_EQ(RunTool("export map.shp --format csv --mode " + mode),
+                  (ToolRun{1, "id,wkt\r\n7,POINT (1 2)\r\n9,POINT (3 4)\r\n,POINT (5 6)\r\n",
+                           "ambrel-shp: record 1 is left out: BUnknownGeometryException: "
+                           "BShpFile::Read: Multipatch geometry is not supported. (map.shp)\n"
+                           "ambrel-shp: record 3 has no attributes: " +
+                               mismatch + " (map.shp)\n"}));
+    }
+}
+
+TEST_F(Export, GivesFieldsOfOneNameNamesOfTheirOwn) {
+    ShapefileBuilder builder(1);
+    builder.Field("a", 'N', 1).Field("a", 'N', 1).Field("a_2", 'N', 1).Field("wkt", 'N', 1);
+    Write(builder.Row({"1", "2", "3", "4"}).Null());
+    EXPECT_EQ(RunTool("export map.shp --format csv"),
+              Printed("a,a_3,a_2,wkt_2,wkt\r\n1,2,3,4,\r\n"));
+    EXPECT_EQ(RunForJson("export map.shp")["features"][0]["properties"],
+              Json::parse(R"({"a": 1, "a_3": 2, "a_2": 3, "wkt": 4})"));
 }
 
 TEST_F(Export, WritesToADeviceAndSaysWhatItCanNotDo) {
@@ -209,7 +233,9 @@ TEST_F(Export, WritesAFileForEachLayerOfAFolder) {
               Failed(1, "BDataManagerException: export: out/b.geojson has another file's layer "
                         "(b.shp)"));
     std::filesystem::remove("b.SHP");
-    EXPECT_EQ(RunTool("export ."), Failed(2, "usage: . stands for 2 shapefiles; name one of them"));
+    EXPECT_EQ(RunTool("export ."),
+              Failed(2, "usage: . stands for 2 shapefiles; name one of them, or an --output folder "
+                        "that is there"));
 }
 
 } // namespace

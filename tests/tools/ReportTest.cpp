@@ -55,6 +55,18 @@ TEST_F(Info, SaysWhatIsNotKnown) {
     EXPECT_NE(text.find("  extent    none\n"), std::string::npos) << text;
 }
 
+TEST_F(Info, SendsNoCommandsToTheTerminal) {
+    Write(ShapefileBuilder(1)
+              .Field("a\033[2Jb", 'C', 3)
+              .Field("\xC2\x9B"
+                     "2J",
+                     'C', 3),
+          "c\033[2Jd");
+    std::string const text = RunTool("info .").out + RunTool("check .").out;
+    EXPECT_NE(text.find("c [2Jd"), std::string::npos) << text;
+    EXPECT_EQ(text.find_first_of("\033\x9B"), std::string::npos) << text;
+}
+
 TEST_F(Info, ShowsTheOthersWhenOneFileIsBad) {
     std::filesystem::create_directory("empty");
     Write(ShapefileBuilder(1), "a");
@@ -78,6 +90,9 @@ TEST_F(Check, TellsWhatIsLegalButOdd) {
     Write(ShapefileBuilder(13).Null().Null().Polyline({{{1, 2}, {3, 4}}}, {5, 6}).MRange(0, 1));
     EXPECT_EQ(RunTool("check map.shp"),
               Printed("map.shp: 3 records, no problems, 2 null shapes, 1 without measures\n"));
+    Write(ShapefileBuilder(3).Polyline({{{1, 2}, {3, 4}}, {{5, 6}}}));
+    EXPECT_EQ(RunTool("check map.shp"),
+              Printed("map.shp: 1 record, no problems, 1 with a part of too few vertices\n"));
 }
 
 TEST_F(Check, NamesExactlyWhatIsDamagedAndEachProblemOnce) {
@@ -97,7 +112,7 @@ TEST_F(Check, NamesExactlyWhatIsDamagedAndEachProblemOnce) {
                        "size.\n"
                        "map.shp: Data records are missing or corrupt.\n"
                        "map.shp: Feature attributes contain default values.\n"
-                       "map.shp: record 1: is not valid: counts do not fit the content; geometry "
+                       "map.shp: record 1 is not valid: counts do not fit the content; geometry "
                        "skipped.\n"
                        "map.shp: record 3: BUnknownGeometryException: BShpFile::Read: Multipatch "
                        "geometry is not supported.\n"
@@ -110,14 +125,20 @@ TEST_F(Check, NamesExactlyWhatIsDamagedAndEachProblemOnce) {
 TEST_F(Check, TellsOfRecordsThatTheIndexLost) {
     Write(ShapefileBuilder(1).Point(1, 2).Point(1e30, 2).Cut(".shx", 115));
     EXPECT_EQ(RunTool("check map.dbf map.shp"),
-              (ToolRun{1, "map.shp: the index is cut\nmap.shp: 1 record, 1 problem\n", ""}));
+              (ToolRun{1,
+                       "map.shp: the index is cut\n"
+                       "map.shp: 28 bytes behind the last record that the index names\n"
+                       "map.shp: the table has 2 rows for 1 record\n"
+                       "map.shp: 1 record, 3 problems\n",
+                       ""}));
     Write(ShapefileBuilder(1).Point(1, 2).Point(1e30, 2));
     EXPECT_EQ(RunTool("check map.prj map.shx map.shp"),
               Printed("map.shp: 2 records, no problems, 1 without a position\n"));
     Write(ShapefileBuilder(1).Point(1, 2).Cut(".shx", 100));
     EXPECT_EQ(RunTool("check map.shp").out,
-              "map.shp: the index has no entries for the records of the file\n"
-              "map.shp: 0 records, 1 problem\n");
+              "map.shp: 28 bytes behind the last record that the index names\n"
+              "map.shp: the table has 1 row for 0 records\n"
+              "map.shp: 0 records, 2 problems\n");
 }
 
 using Select = ToolTest;

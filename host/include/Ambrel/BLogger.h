@@ -41,9 +41,9 @@ public:
     /// The least severe lines that are written, LOG_WARNING at first.
     void SetThreshold(ELogSeverity newThreshold) noexcept { threshold = newThreshold; }
     ELogSeverity GetThreshold() const noexcept { return threshold; }
-    /// Replaces the sink; an empty one stands for standard error. The sink is called under a lock,
-    /// one line at a time, and must not write lines itself.
-    void SetSink(Sink newSink);
+    /// Replaces the sink and returns the former one; an empty one stands for standard error. The
+    /// sink is called under a lock, one line at a time, and must not write lines itself.
+    Sink SetSink(Sink newSink);
 
 private:
     std::atomic<ELogSeverity> threshold{LOG_WARNING};

@@ -1,0 +1,16 @@
+#pragma once
+
+#include "Ambrel/BAttribute.h"
+
+#include <set>
+#include <string>
+#include <vector>
+
+namespace Ambrel::Tool {
+
+/// The names of the fields, all different and none of those that are `taken`: tables may have a
+/// name twice, but who reads "NAME" twice in a JSON object or a CSV header keeps one of the two.
+/// The first keeps its name; the others get a number, "NAME_2".
+std::vector<std::string> ColumnNames(BAttributeDefs const& schema, std::set<std::string> taken);
+
+} // namespace Ambrel::Tool
