@@ -16,7 +16,7 @@ class BShpFile;
 /// BReadWriteMismatchException, one that is gone BFileNotFoundException.
 ///
 /// Threads: several may fetch, select and draw at once, through one collection or several of the
-/// same file. GetFeatureMBRAt is for one thread at a time.
+/// same file, while one thread at a time calls GetFeatureMBRAt, whose result is the collection's.
 class AMBREL_API BShpFeatureCollection : public BDirectAccessFeatureCollection {
 public:
     /// Shares the file. Sets the geometry counts: all records, in the class and type of the file's

@@ -6,7 +6,6 @@
 #include "Ambrel/Constants.h"
 #include "ShpReader/BShpFeatureCollection.h"
 
-#include <algorithm>
 #include <new>
 
 namespace Ambrel {
@@ -134,9 +133,9 @@ void BShpReader::CancelRead() {
 }
 
 void BShpReader::ReadFiles() {
-    // After a cancelled read there are files without layers, and so nothing to fill.
-    std::uint64_t const count = std::min<std::uint64_t>(files.size(), layers.GetCount());
-    for (std::uint32_t index = 0; index < count; ++index) {
+    // After a cancelled read there are files without layers, and so nothing to fill. The observer
+    // may close the reader meanwhile: then there are no more files.
+    for (std::uint32_t index = 0; index < files.size() && index < layers.GetCount(); ++index) {
         try {
             if (!ReadFile(index)) {
                 CancelRead();

@@ -45,10 +45,12 @@ void BShpFile::Open(BString const& name, std::uint32_t requestedMode, bool newUs
 }
 
 void BShpFile::OpenAll(BString const& name) {
+    auto const changeExtension = mode == writeMode ? BFileUtilities::ChangeExtensionForWriting
+                                                   : BFileUtilities::ChangeExtension;
     fileName = BFileUtilities::CompletePath(name);
-    indexFileName = BFileUtilities::ChangeExtension(fileName, ".shx");
-    prjFileName = BFileUtilities::ChangeExtension(fileName, ".prj");
-    dbfFileName = BFileUtilities::ChangeExtension(fileName, ".dbf");
+    indexFileName = changeExtension(fileName, ".shx");
+    prjFileName = changeExtension(fileName, ".prj");
+    dbfFileName = changeExtension(fileName, ".dbf");
     dbfFile = BSharedPtr<BDbfFile>(new BDbfFile);
     if (mode == writeMode) {
         OpenToWrite();
@@ -110,13 +112,13 @@ void BShpFile::GetHeader() {
 }
 
 void BShpFile::LoadCoordSys() {
+    coordSys = BSharedPtr<BCoordSys>();
     if (!BFileUtilities::Exists(prjFileName)) {
         return;
     }
     try {
         coordSys = BSharedPtr<BCoordSys>(BCoordSys::FromFile(prjFileName));
     } catch (BException const&) {
-        coordSys = BSharedPtr<BCoordSys>();
         BLogger::Instance()->WriteLine(LOG_WARNING, "SHP-Reader: Failed to load coordinate system");
     }
 }
@@ -131,11 +133,11 @@ BBox BShpFile::GetMBB() const {
 }
 
 void BShpFile::LoadIndex() {
-    std::lock_guard const hold(bufferLock);
-    shapeBuffer.Release();
+    ReleaseShapeBuffer();
     if (!mainInput || !indexInput) {
         return;
     }
+    std::lock_guard const hold(indexLock);
     std::uint64_t const size = std::uint64_t{ShpIndexEntry::size} * recordCount;
     try {
         auto copy = std::make_shared<IndexCopy>();
@@ -147,10 +149,15 @@ void BShpFile::LoadIndex() {
     }
 }
 
-void BShpFile::ReleaseBuffers() noexcept {
-    std::lock_guard const hold(bufferLock);
-    indexBuffer.reset();
+void BShpFile::ReleaseShapeBuffer() noexcept {
+    std::lock_guard const hold(shapeLock);
     shapeBuffer.Release();
+}
+
+void BShpFile::ReleaseBuffers() noexcept {
+    ReleaseShapeBuffer();
+    std::lock_guard const hold(indexLock);
+    indexBuffer.reset();
 }
 
 void BShpFile::Close() noexcept {

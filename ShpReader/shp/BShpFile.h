@@ -30,7 +30,8 @@ class BRenderer;
 /// geometry, and the records behind it are read as if nothing were wrong.
 ///
 /// Threads: ReadFeature, HasFeaturesInArea, SelectFeatures and RenderFeatures open handles of their
-/// own and may run on several threads at once. Everything else is for one thread at a time.
+/// own and may run on several threads at once, as may GetFeatureMBRAt. Everything else is for one
+/// thread at a time.
 ///
 /// Every record operation throws BReadWriteMismatchException (with an empty message) in the wrong
 /// mode, and BIndexOutOfBoundsException (operation, "Index=%llu, NumRecords=%u") for an index that
@@ -153,6 +154,7 @@ private:
     void OpenToWrite();
     void GetHeader();
     void LoadCoordSys();
+    void ReleaseShapeBuffer() noexcept;
     void Close() noexcept;
     void FillLayer(BVectorLayer& layer);
 
@@ -230,9 +232,10 @@ private:
     bool hasAttributeZName = false;
     BString attributeZName;
 
-    /// Guards the index in memory: a fetch that fails on one thread lets it go while others fetch.
-    mutable std::mutex bufferLock;
-    bool isMainWritten = false; ///< the file has been opened for writing, and so emptied
+    // A fetch that fails on one thread lets go of both buffers while others are at work.
+    mutable std::mutex indexLock; ///< guards `indexBuffer`
+    std::mutex shapeLock;         ///< guards `shapeBuffer` but for the whole-file read
+    bool isMainWritten = false;   ///< the file has been opened for writing, and so emptied
     bool isIndexWritten = false;
     bool isTableWritten = false;
     bool hasFailedWrite = false;

@@ -24,7 +24,7 @@ void BShpFile::RequireIndex(std::uint64_t index, char const* operation) const {
 }
 
 std::shared_ptr<IndexCopy const> BShpFile::HoldIndex() const {
-    std::lock_guard const hold(bufferLock);
+    std::lock_guard const hold(indexLock);
     return indexBuffer;
 }
 
@@ -66,6 +66,9 @@ RecordContent BShpFile::ReadRecord(std::uint32_t index, RecordAccess& access, Co
     }
     access.contentBudget -= size;
     if (wanted > 0 && size == 0) {
+        if (reuseBuffers) { // that of a record of some bytes, for those of no bytes behind it
+            buffer.Provide(shapeTypeSize);
+        }
         return RecordContent(RecordFault::TooShort);
     }
     if (!reuseBuffers && access.CanViewContent(size)) {
@@ -109,6 +112,7 @@ BSharedPtr<BFeature> BShpFile::FetchFeature(std::uint32_t index, bool complete) 
 BRect BShpFile::GetFeatureMBRAt(std::uint64_t index) {
     RequireMode(readMode, "BShpFile::ReadFeature");
     RequireIndex(index, "BShpFile::GetFeatureMBRAt");
+    std::lock_guard const hold(shapeLock);
     RecordAccess access = AccessShared(0);
     return GetRecordMBR(ReadRecord(static_cast<std::uint32_t>(index), access, shapeBuffer, true));
 }

@@ -167,7 +167,8 @@ void BShpFile::WriteCompanions() {
         BLogger::Instance()->WriteLine(LOG_FATAL, "SHP-WRITER: Writing to %s failed.",
                                        prjFileName.Ascii());
     }
-    BString const codePagePath = BFileUtilities::ChangeExtension(fileName, codePageExtension);
+    BString const codePagePath =
+        BFileUtilities::ChangeExtensionForWriting(fileName, codePageExtension);
     QFile codePage(MakeQString(codePagePath));
     if (!BFileUtilities::MayBeWritten(codePagePath) || !codePage.open(QIODevice::WriteOnly) ||
         codePage.write(codePageName) < 0 || !codePage.flush()) {
@@ -187,7 +188,8 @@ void BShpFile::RemoveOutputs() {
     if (isTableWritten) {
         BFileUtilities::Delete(dbfFileName);
         BFileUtilities::Delete(prjFileName);
-        BFileUtilities::Delete(BFileUtilities::ChangeExtension(fileName, codePageExtension));
+        BFileUtilities::Delete(
+            BFileUtilities::ChangeExtensionForWriting(fileName, codePageExtension));
     }
 }
 

@@ -123,8 +123,11 @@ std::vector<BString> FilesIn(QString const& folder, QString const& wildcard,
     auto const matches = [&](QString const& name) {
         return name.endsWith(extension, Qt::CaseInsensitive) && pattern.match(name).hasMatch();
     };
+    // As in a shell: what is hidden, such as the "._roads.shp" of some systems, is not meant.
+    QDir::Filters const filters =
+        wildcard.startsWith(QLatin1Char('.')) ? QDir::Files | QDir::Hidden : QDir::Files;
     std::vector<BString> paths;
-    for (QFileInfo const& file : QDir(folder).entryInfoList(QDir::Files, QDir::Name)) {
+    for (QFileInfo const& file : QDir(folder).entryInfoList(filters, QDir::Name)) {
         if (file.isFile() && matches(file.fileName())) {
             paths.push_back(BString::FromQString(QDir::cleanPath(file.absoluteFilePath())));
         }
@@ -157,6 +160,18 @@ BString BFileUtilities::ChangeExtension(BString const& path, BString const& exte
     int const start = ExtensionStart(whole);
     QString const replacement = InCaseOf(whole.mid(start), MakeQString(extension));
     return BString::FromQString(WithExistingExtension(whole.left(start), replacement));
+}
+
+BString BFileUtilities::ChangeExtensionForWriting(BString const& path, BString const& extension) {
+    QString const whole = MakeQString(path);
+    int const start = ExtensionStart(whole);
+    BString const found = ChangeExtension(path, extension);
+    BString const owner = ChangeExtension(found, BString::FromQString(whole.mid(start)));
+    if (owner == path || !Exists(owner)) {
+        return found;
+    }
+    QString const own = InCaseOf(whole.mid(start), MakeQString(extension));
+    return BString::FromQString(whole.left(start) + own);
 }
 
 BString BFileUtilities::GetBasename(BString const& path) {

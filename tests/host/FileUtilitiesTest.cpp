@@ -88,6 +88,7 @@ TEST_F(FileUtilitiesTest, ListsWhatANameStandsFor) {
         {"*.dbf", {}},
         {"x[1]*", {"x[1].shp"}},
         {"none*", {}},
+        {".h*", {".hid.shp"}},
         {"roads", {"roads.shp"}},
         {"upper", {"upper.SHP"}},
         {"v2.0", {"v2.0.shp"}},

@@ -205,6 +205,9 @@ TEST(ThreadTest, SeveralAskOneFileAtOnce) {
         for (Texts& answer : answers) {
             threads.emplace_back([&] { answer = Ask(features); });
         }
+        for (std::uint64_t i = 0; i < features.GetCount(); i += 11) {
+            EXPECT_EQ(features.GetFeatureMBRAt(i).xMin, features.GetFeatureMBRAt(i).xMax - 1);
+        }
         threads.clear(); // waits for them
         for (Texts const& answer : answers) {
             EXPECT_EQ(answer, expected);

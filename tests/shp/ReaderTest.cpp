@@ -22,6 +22,19 @@ public:
     Texts calls;
 };
 
+class ClosingObserver final : public BProgress {
+public:
+    explicit ClosingObserver(BDataReader& newReader) : reader(newReader) {}
+    bool WantsReport(std::uint32_t, std::uint32_t) override { return true; }
+    bool Report(std::uint32_t, std::uint32_t) override {
+        reader.Close();
+        return true;
+    }
+
+private:
+    BDataReader& reader;
+};
+
 class ReaderTest : public testing::Test {
 protected:
     /// Opens what a file, or else the folder, holds.
@@ -212,6 +225,18 @@ TEST_F(ReaderTest, CancelsAtTheRecordThatTheObserverRefuses) {
     EXPECT_EQ(countOf(2), 0U);
     reader->Read(); // There are no layers to fill.
     EXPECT_EQ(reader->GetReadResult(), 0);
+}
+
+TEST_F(ReaderTest, ReadsToTheEndOfTheFileAtWhichTheObserverClosesIt) {
+    Diagonal(2).WriteTo(folder, "a");
+    Diagonal(2).WriteTo(folder, "b");
+    OpenFile(folderPath);
+    ClosingObserver observer(*reader);
+    reader->SetProgress(&observer);
+    reader->Read();
+    EXPECT_EQ(reader->GetReadResult(), 0);
+    EXPECT_EQ(Features(0).GetCount(), 2U);
+    EXPECT_EQ(Features(1).GetCount(), 0U);
 }
 
 TEST_F(ReaderTest, GoesOnWhereNoReportIsWantedAndCancelsDirectAccessAtTheFirst) {

@@ -107,11 +107,13 @@ TEST(RecordAccessTest, TellsRecordsOfNoWordsFromRecordsThatAreNotThere) {
                       "Unable to allocate memory for shape buffer.");
     LogCapture const log;
     EXPECT_EQ(TextOf(*first->ReadFeature(0, true)), "none");
-    OpenShapefile const beyond(ShapefileBuilder(1).Point(1, 2).IndexOffset(0x7FFFFFFF).Point(3, 4));
-    EXPECT_EQ(beyond->Read(layer), 0);
-    EXPECT_EQ(TextsOf(layer->GetFeatures()), (Texts{"none", "point[3 4]"}));
+    ShapefileBuilder beyond(1);
+    beyond.Point(1, 2).IndexOffset(0x7FFFFFFF).Raw({}).Point(3, 4);
+    EXPECT_EQ(OpenShapefile(beyond)->Read(layer), 0);
+    EXPECT_EQ(TextsOf(layer->GetFeatures()), (Texts{"none", "none", "point[3 4]"}));
     std::string const invalid = NotValid(0, "content is too short");
-    EXPECT_EQ(log.TextsOf(LOG_WARNING), (Texts{invalid, Mismatch(10, 0), invalid}));
+    EXPECT_EQ(log.TextsOf(LOG_WARNING),
+              (Texts{invalid, Mismatch(10, 0), invalid, NotValid(1, "content is too short")}));
 }
 
 TEST(RecordAccessTest, FollowsTheIndexThroughJunkAndDisorder) {

@@ -96,6 +96,27 @@ TEST(ShpWritingTest, LeavesNoFormerCoordinateSystemAndDoesNotWaitForPipes) {
     EXPECT_EQ(log.TextsOf(LOG_FATAL), Texts{failed});
 }
 
+TEST(ShpWritingTest, LeavesCompanionsOfOtherLettersToTheirOwnMainFile) {
+    Texts const theirs = {"a.SHP", "a.SHX", "a.DBF", "a.PRJ", "a.CPG"};
+    TemporaryFolder const folder;
+    for (std::string const& name : theirs) {
+        WriteFile(folder.Path() / name, {'x'});
+    }
+    WriteFile(folder.Path() / "b.SHX", {'x'}); // nobody's but the new file's
+    for (char const* const name : {"a.shp", "b.shp"}) {
+        BShpFile file;
+        file.Open(folder.File(name), BShpFile::writeMode, true, "");
+        file.WriteNullShape();
+    }
+    for (std::string const& name : theirs) {
+        EXPECT_EQ(ReadFile(folder.Path() / name), Bytes{'x'}) << name;
+    }
+    for (char const* const name : {"a.shx", "a.dbf", "a.cpg"}) {
+        EXPECT_TRUE(std::filesystem::exists(folder.Path() / name)) << name;
+    }
+    EXPECT_EQ(ReadFile(folder.Path() / "b.SHX").size(), 108U);
+}
+
 TEST(ShpWritingTest, KeepsTheNullShapeOfAFeatureWhoseAttributesFail) {
     TemporaryFolder const folder;
     BShpFile file;

@@ -16,6 +16,9 @@ public:
     /// the letter case of the one it replaces. Where that file does not exist and one does that
     /// differs in the extension's letter case alone, the path of that one.
     static BString ChangeExtension(BString const& path, BString const& extension);
+    /// The same for a file that will be replaced: not one that differs in letter case and belongs
+    /// to a file whose extension differs from that of `path` in the same way.
+    static BString ChangeExtensionForWriting(BString const& path, BString const& extension);
     /// The file name without folder and extension.
     static BString GetBasename(BString const& path);
     /// True for regular files only (links to them included).
@@ -29,6 +32,7 @@ public:
     /// The files that a name stands for, with full paths:
     /// - a folder: its files with that extension, in any letter case, sorted by name;
     /// - a name with `*` or `?` in its last part: the same, of the files that match it;
+    /// - hidden files only where that part begins with a dot;
     /// - anything else: that file, with the extension added if it has none and does not exist as it
     ///   is. A missing file stays in the list.
     static std::vector<BString> ListFiles(BString const& name, BString const& extension);
