@@ -2,6 +2,8 @@
 
 #include "Console.h"
 
+#include "ShpReader/dbf/DbfFormat.h"
+
 #include "Ambrel/BFileUtilities.h"
 
 #include <QFile>
@@ -60,7 +62,6 @@ constexpr Language languages[] = {
     {0xCC, "1257"},
 };
 
-constexpr int languageOffset = 29;
 constexpr qint64 longestCpg = 256; // bytes; there is one short line in it
 
 /// What may stand before the number of a code page.
@@ -162,9 +163,9 @@ std::string StatedEncoding(BString const& shapefile) {
     if (!name.empty()) {
         return name;
     }
-    QByteArray const table = HeadOfCompanion(shapefile, ".dbf", languageOffset + 1);
-    return table.size() > languageOffset
-               ? std::string(NameOfLanguage(static_cast<std::uint8_t>(table[languageOffset])))
+    QByteArray const table = HeadOfCompanion(shapefile, ".dbf", DbfHeader::size);
+    return table.size() == DbfHeader::size
+               ? std::string(NameOfLanguage(DbfHeader::Decode(table.constData()).GetLanguage()))
                : std::string();
 }
 

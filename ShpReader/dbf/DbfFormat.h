@@ -33,6 +33,9 @@ struct DbfHeader {
     /// Stores `size` bytes at `bytes`. REQUIRES: recordLength < 65536.
     void Encode(char* bytes) const noexcept;
 
+    /// The byte that tells the code page of the texts; 0 where the table does not.
+    std::uint8_t GetLanguage() const noexcept { return reserved[17]; } // byte 29 of the table
+
     /// Whether the lengths leave room for a header and for a deletion flag in each record.
     bool IsValid() const noexcept { return headerLength >= size && recordLength != 0; }
     /// Field descriptors that the header length has room for.
