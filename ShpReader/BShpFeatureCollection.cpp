@@ -57,7 +57,8 @@ bool BShpFeatureCollection::CanSelect() const {
 
 void BShpFeatureCollection::RenderFeatures(std::vector<std::uint64_t> const& indexes,
                                            BRenderer const* renderer) const {
-    file->RenderFeatures(indexes, renderer);
+    BSharedPtr<BShpFile> const held = file; // the renderer may drop the layer
+    held->RenderFeatures(indexes, renderer);
 }
 
 void BShpFeatureCollection::SelectFeaturesImpl(BRect const& area, BParamList const& params,

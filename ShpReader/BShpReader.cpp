@@ -133,11 +133,11 @@ void BShpReader::CancelRead() {
 }
 
 void BShpReader::ReadFiles() {
-    // After a cancelled read there are files without layers, and so nothing to fill. The observer
-    // may close the reader meanwhile: then there are no more files.
+    // After a cancelled read there are files without layers, and so nothing to fill.
     for (std::uint32_t index = 0; index < files.size() && index < layers.GetCount(); ++index) {
+        BSharedPtr<BShpFile> const file = files[index];
         try {
-            if (!ReadFile(index)) {
+            if (!ReadFile(*file, index)) {
                 CancelRead();
                 return;
             }
@@ -146,17 +146,20 @@ void BShpReader::ReadFiles() {
             files.clear();
             throw BResourceException(readOperation, failure.what());
         }
+        bool const isStillOurs = index < files.size() && files[index].Get() == file.Get();
+        if (!isStillOurs) { // the observer has closed the reader
+            return;
+        }
     }
 }
 
-bool BShpReader::ReadFile(std::uint32_t index) {
-    BSharedPtr<BShpFile> const file = files[index];
-    file->SetProgress(progress);
+bool BShpReader::ReadFile(BShpFile& file, std::uint32_t index) {
+    file.SetProgress(progress);
     BSharedPtr<BLayer> const held = layers.GetAt(index);
     BSharedPtr<BVectorLayer> const layer(held, static_cast<BVectorLayer*>(held.Get()));
     layer->GetFeatures().Clear();
-    layer->GetFeatures().Reserve(file->GetRecordCount());
-    return file->Read(layer) != BShpFile::readCancelled;
+    layer->GetFeatures().Reserve(file.GetRecordCount());
+    return file.Read(layer) != BShpFile::readCancelled;
 }
 
 void BShpReader::CloseImpl() {

@@ -49,7 +49,7 @@ private:
     BSharedPtr<BVectorLayer> MakeLayer(BSharedPtr<BShpFile>& file, OpenOptions const& options);
     void ReadFiles();
     /// False when the host ended the read.
-    bool ReadFile(std::uint32_t index);
+    bool ReadFile(BShpFile& file, std::uint32_t index);
     void ReportNothingToRead();
     void CancelRead();
 

@@ -49,8 +49,9 @@ public:
     virtual void Close();
 
     /// Appends the table's records to the in-memory features: `maxCount` of them, or all when that
-    /// is not above 0. Returns whether the end of the table was reached. No more records are read
-    /// than the file has bytes. Throws as ReadAttributeRecord does, with its own operation name.
+    /// is not above 0; every call begins with record 0. Returns whether the end of the table was
+    /// reached. No more records are read than the file has bytes, and no more values than 8 for
+    /// each byte, or a million. Throws as ReadAttributeRecord does, with its own operation name.
     virtual bool Read(std::int32_t maxCount);
 
     /// Writes a record for each of the in-memory features. Throws BNotOpenException when the table
@@ -90,7 +91,8 @@ public:
     /// names the field) and for a table that is prepared already.
     void PrepareForWriting(BAttributeDefs const& newSchema);
 
-    /// Appends a record; value k goes into field k, and fields without a value stay blank. Throws
+    /// Appends a record; value k goes into field k, and fields without a value stay blank. What is
+    /// too long for its field, a number too, loses its end. Throws
     /// BAttributeDataException when the table is not prepared, there are more values than fields,
     /// or a field can not be written; then nothing is written. A write that fails is logged, once.
     void WriteAttributeRecord(BAttributes const& attributes);
@@ -126,9 +128,12 @@ private:
     void ReadWithPrivateHandle(std::uint32_t index, BAttributes& attributes) const;
     BAttributes MakeDefaultAttributes() const;
     void UseDefaults(std::uint32_t index, BAttributes& attributes) const;
+    std::uint32_t MostRecords() const;
     void WriteBytes(char const* bytes, std::size_t count);
     void ReportFailedWrite();
     void FinishTable();
+    bool WriteHeader(QFile& handle) const;
+    void KeepWholeRecords();
 
     std::unique_ptr<BInputFile> input; ///< there while the table is open for reading
     std::unique_ptr<QFile> file;       ///< there once it has been opened for writing

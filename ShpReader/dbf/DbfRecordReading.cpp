@@ -86,20 +86,28 @@ bool BDbfFile::Read(std::int32_t maxCount) {
     if (schema.GetCount() == 0) {
         ReadSchema();
     }
-    // A record takes a byte at the least: a count beyond the file's bytes is not the table's.
-    // Then the end of the table is not reached.
-    auto const count =
-        static_cast<std::uint32_t>(std::min<std::int64_t>(GetAttributeRecordCount(), fileSize));
+    std::uint32_t const recordCount = GetAttributeRecordCount();
+    std::uint32_t const wanted =
+        maxCount > 0 ? std::min(static_cast<std::uint32_t>(maxCount), recordCount) : recordCount;
+    std::uint32_t const count = std::min(wanted, MostRecords());
     features.Reserve(features.GetCount() + count);
     for (std::uint32_t i = 0; i < count; ++i) {
-        if (maxCount > 0 && i == static_cast<std::uint32_t>(maxCount)) {
-            return false;
-        }
         BSharedPtr<BFeature> const feature(new BFeature);
         ReadAttributeRecord(i, feature->attributes, true);
         features.Add(feature);
     }
-    return count == GetAttributeRecordCount();
+    return count == recordCount;
+}
+
+/// What a claimed count is held against: a record takes a byte at the least, and default values may
+/// be many more than the bytes that a broken table has left.
+std::uint32_t BDbfFile::MostRecords() const {
+    constexpr std::int64_t valuesPerByte = 8;
+    constexpr std::int64_t leastValues = 1024 * 1024;
+    auto const fields = static_cast<std::int64_t>(std::max<std::uint64_t>(schema.GetCount(), 1));
+    std::int64_t const values = std::max(valuesPerByte * fileSize, leastValues);
+    return static_cast<std::uint32_t>(
+        std::min<std::int64_t>({fileSize, values / fields, 0xFFFFFFFF}));
 }
 
 } // namespace Ambrel

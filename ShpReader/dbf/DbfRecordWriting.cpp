@@ -116,21 +116,35 @@ void BDbfFile::ReportFailedWrite() {
 void BDbfFile::FinishTable() {
     isPrepared = false; // whatever happens, no record goes behind the end byte
     WriteBytes(&dbfEndOfFile, sizeof dbfEndOfFile);
-    bool const isFlushed = file->flush();
-    // Tries once more to write what could not be flushed.
-    if (!file->seek(0) || !isFlushed) {
-        ReportFailedWrite();
-    }
     header.recordCount = recordsWritten;
-    std::array<char, DbfHeader::size> bytes{};
-    header.Encode(bytes.data());
-    WriteBytes(bytes.data(), bytes.size());
+    bool const isStored = file->flush() && WriteHeader(*file) && file->flush();
     BLogger::Instance()->WriteLine(LOG_PROGRESS, "DBF-File: Closing DBF file");
     file->close();
-    // What was still buffered goes out when the file is closed.
-    if (file->error() != QFileDevice::NoError) {
+    if (!isStored) {
         ReportFailedWrite();
+        KeepWholeRecords();
     }
+}
+
+bool BDbfFile::WriteHeader(QFile& handle) const {
+    std::array<char, DbfHeader::size> bytes{};
+    header.Encode(bytes.data());
+    return handle.seek(0) && handle.write(bytes.data(), bytes.size()) == bytes.size();
+}
+
+/// Makes a table of the records that are stored whole, after a write has failed. Through a handle
+/// of its own: what could not be written stays in the other, and would go where the header is.
+void BDbfFile::KeepWholeRecords() {
+    QFile stored(file->fileName());
+    if (header.recordLength == 0 ||
+        !stored.open(QIODevice::ReadWrite | QIODevice::Unbuffered | QIODevice::ExistingOnly) ||
+        stored.size() < header.headerLength) {
+        return;
+    }
+    std::int64_t const whole = (stored.size() - header.headerLength) / header.recordLength;
+    header.recordCount = static_cast<std::uint32_t>(std::min<std::int64_t>(recordsWritten, whole));
+    stored.resize(header.GetRecordPosition(header.recordCount));
+    WriteHeader(stored);
 }
 
 } // namespace Ambrel

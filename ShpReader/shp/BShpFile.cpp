@@ -60,6 +60,9 @@ void BShpFile::OpenAll(BString const& name) {
 }
 
 void BShpFile::OpenToWrite() {
+    if (fileName == indexFileName || fileName == dbfFileName || fileName == prjFileName) {
+        throw BFileNotFoundException(openOperation, fileName); // it would be two files at once
+    }
     mainFile = std::make_unique<QFile>(MakeQString(fileName));
     indexFile = std::make_unique<QFile>(MakeQString(indexFileName));
     if (!BFileUtilities::MayBeWritten(fileName) || !mainFile->open(QIODevice::WriteOnly)) {

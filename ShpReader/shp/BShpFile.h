@@ -201,6 +201,7 @@ private:
     void WriteBytes(QFile& handle, std::uint8_t const* bytes, std::size_t count);
     void ReportFailedWrite(QFile const& handle);
     void FinishWriting() noexcept;
+    void FinishFile(QFile& handle);
     void FinishFiles();
     void WriteCompanions();
     void RemoveOutputs();

@@ -41,13 +41,13 @@ bool BShpFile::ReadAllRecords(BVectorLayer& layer) {
     if (recordCount == 0) {
         return true;
     }
-    BFeatureCollection& features = layer.GetFeatures();
     RecordAccess access = AccessShared(RecordAccess::scanPiece);
     access.contentBudget = std::max(2 * access.GetMainSize(), leastContentBudget);
     for (std::uint32_t index = 0; index < recordCount; ++index) {
         RecordContent const content = ReadRecord(index, access, shapeBuffer, true);
-        features.Add(Read(index, content, true, true));
-        if (progress && !WantsToGoOn(index)) {
+        // The observer may give the layer another collection.
+        layer.GetFeatures().Add(Read(index, content, true, true));
+        if (!WantsToGoOn(index)) {
             return false;
         }
     }
@@ -55,7 +55,8 @@ bool BShpFile::ReadAllRecords(BVectorLayer& layer) {
 }
 
 bool BShpFile::WantsToGoOn(std::uint32_t index) const {
-    return !progress->WantsReport(index, 0) || progress->Report(index, recordCount);
+    BProgress* const observer = progress;
+    return !observer || !observer->WantsReport(index, 0) || observer->Report(index, recordCount);
 }
 
 } // namespace Ambrel

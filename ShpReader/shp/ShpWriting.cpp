@@ -142,11 +142,27 @@ void BShpFile::FinishWriting() noexcept {
     }
 }
 
+/// Completes the header and closes the file. Where the disk is full, what could not be written
+/// stays in the handle and would go where the header is completed: the handle is closed then, and
+/// the header of what is stored is completed through another.
+void BShpFile::FinishFile(QFile& handle) {
+    if (handle.flush()) {
+        FinishHeader(handle);
+        handle.close();
+        return;
+    }
+    ReportFailedWrite(handle);
+    handle.close();
+    QFile stored(handle.fileName());
+    if (stored.open(QIODevice::ReadWrite | QIODevice::Unbuffered | QIODevice::ExistingOnly)) {
+        FinishHeader(stored);
+    }
+}
+
 void BShpFile::FinishFiles() {
     for (std::unique_ptr<QFile> const* const file : {&mainFile, &indexFile}) {
         if (*file && (*file)->isOpen()) {
-            FinishHeader(**file);
-            (*file)->close();
+            FinishFile(**file);
         }
     }
     if (dbfFile) {

@@ -172,10 +172,11 @@ BBox BPolygon::ComputeMBB() const {
 }
 
 void BPolygon::Transform(BTransform const& transform, bool reverse) {
-    DropIndex();
-    for (BPoint& vertex : points) {
+    BPoints moved = points; // A vertex that can not be moved leaves the ring as it was.
+    for (BPoint& vertex : moved) {
         TransformVertex(vertex, transform, reverse);
     }
+    SetPoints(std::move(moved));
 }
 
 EOrientation BDonut::GetOrientation() const {

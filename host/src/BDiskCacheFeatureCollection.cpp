@@ -10,16 +10,18 @@ namespace Ambrel {
 
 namespace {
 
-void TransformAll(FeatureStore& store, BTransform const& transform, bool reverse,
-                  BProgress* progress) {
-    std::uint64_t const count = store.Count();
-    for (std::uint64_t i = 0; i < count; ++i) {
-        BSharedPtr<BFeature> const feature = store.Read(i);
+/// The observer and the transformation may change the collection, and so its store too.
+void TransformAll(std::unique_ptr<FeatureStore> const& store, BTransform const& transform,
+                  bool reverse, BProgress* progress) {
+    for (std::uint64_t i = 0; i < store->Count(); ++i) {
+        BSharedPtr<BFeature> const feature = store->Read(i);
         if (feature->GetGeometry()) {
             feature->GetGeometry()->Transform(transform, reverse);
-            store.Replace(i, *feature);
+            if (i < store->Count()) {
+                store->Replace(i, *feature);
+            }
         }
-        if (!TellProgress(progress, i + 1, count)) {
+        if (!TellProgress(progress, i + 1, store->Count())) {
             return;
         }
     }
@@ -181,20 +183,20 @@ void BDiskCacheFeatureCollection::Clear() {
 void BDiskCacheFeatureCollection::Reserve(std::uint64_t) {}
 
 void BDiskCacheFeatureCollection::Transform(BTransform const& transform, BProgress& progress) {
-    TransformAll(*store, transform, false, &progress);
+    TransformAll(store, transform, false, &progress);
 }
 
 void BDiskCacheFeatureCollection::Transform(BTransform const& transform) {
-    TransformAll(*store, transform, false, nullptr);
+    TransformAll(store, transform, false, nullptr);
 }
 
 void BDiskCacheFeatureCollection::TransformReverse(BTransform const& transform,
                                                    BProgress& progress) {
-    TransformAll(*store, transform, true, &progress);
+    TransformAll(store, transform, true, &progress);
 }
 
 void BDiskCacheFeatureCollection::TransformReverse(BTransform const& transform) {
-    TransformAll(*store, transform, true, nullptr);
+    TransformAll(store, transform, true, nullptr);
 }
 
 void BDiskCacheFeatureCollection::Sort(std::uint64_t attributeIndex, bool ascending) {

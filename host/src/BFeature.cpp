@@ -14,14 +14,15 @@ BSharedPtr<BGeometry> const& BFeature::GetGeometry() const {
 
 BSharedPtr<BFeature> BFeature::Clone() const {
     BSharedPtr<BFeature> copy(new BFeature(*this));
-    if (geometry) {
-        copy->SetGeometry(geometry->Clone());
+    if (BSharedPtr<BGeometry> const& own = GetGeometry()) {
+        copy->SetGeometry(own->Clone());
     }
     return copy;
 }
 
 BRect BFeature::ComputeMBR() const {
-    return geometry ? BRect(geometry->ComputeMBB()) : BRect();
+    BSharedPtr<BGeometry> const& own = GetGeometry();
+    return own ? BRect(own->ComputeMBB()) : BRect();
 }
 
 BFeatures::~BFeatures() = default;

@@ -113,9 +113,11 @@ BBox BPolyline::ComputeMBB() const {
 }
 
 void BPolyline::Transform(BTransform const& transform, bool reverse) {
-    for (BPoint& vertex : points) {
+    BPoints moved = points; // A vertex that can not be moved leaves the line as it was.
+    for (BPoint& vertex : moved) {
         TransformVertex(vertex, transform, reverse);
     }
+    points = std::move(moved);
 }
 
 } // namespace Ambrel

@@ -112,8 +112,10 @@ void BMemoryFeatureCollection::Reserve(std::uint64_t count) {
 void BMemoryFeatureCollection::TransformAll(BTransform const& transform, bool reverse,
                                             BProgress* progress) {
     for (std::uint64_t i = 0; i < features.size(); ++i) {
-        if (features[i]->GetGeometry()) {
-            features[i]->GetGeometry()->Transform(transform, reverse);
+        BSharedPtr<BFeature> const feature = features[i]; // which may be removed meanwhile
+        BSharedPtr<BGeometry> const geometry = feature->GetGeometry();
+        if (geometry) {
+            geometry->Transform(transform, reverse);
         }
         if (!TellProgress(progress, i + 1, features.size())) {
             return;

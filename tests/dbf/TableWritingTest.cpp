@@ -1,11 +1,9 @@
 #include "DbfSupport.h"
+#include "FileSizeLimit.h"
 
 #include <QDate>
 
-#include <sys/resource.h>
-
 #include <clocale>
-#include <csignal>
 
 namespace Ambrel::Test {
 namespace {
@@ -197,21 +195,27 @@ TEST_F(TableWriting, WhatAHeaderCanNotHoldIsRefusedBeforeAnythingIsWritten) {
     refuse(most, NamingFile("Prepared already, File="));
 }
 
-TEST_F(TableWriting, FailedWritesAreReportedOnce) {
-    rlimit former{};
-    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &former), 0);
-    auto* const formerHandler = std::signal(SIGXFSZ, SIG_IGN);
-    rlimit const tight{100, former.rlim_max};
-    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &tight), 0);
-    LogCapture const log;
-    table->PrepareForWriting(Schema(Field("A", VAR_STRING, 254)));
-    for (int i = 0; i < 1000; ++i) {
-        table->WriteAttributeRecord(Attributes("text"));
+TEST_F(TableWriting, FailedWritesAreReportedOnceAndWhatIsStoredStays) {
+    for (rlim_t const limit : {40, 100, 1000, 60000}) {
+        SCOPED_TRACE(limit);
+        table = std::make_unique<BDbfFile>();
+        table->Open(file.c_str(), BDbfFile::writeMode, true);
+        LogCapture const log;
+        {
+            FileSizeLimit const full(limit);
+            table->PrepareForWriting(Schema(Field("A", VAR_STRING, 254)));
+            for (int i = 0; i < 1000; ++i) {
+                table->WriteAttributeRecord(Attributes("text"));
+            }
+            table->Close();
+        }
+        EXPECT_EQ(log.TextsOf(LOG_FATAL), Texts{"DBF-File: Writing failed. File=" + file.string()});
+        if (limit > 100) { // there is a whole header
+            BDbfFile stored;
+            stored.Open(file.c_str(), BDbfFile::readMode, true);
+            EXPECT_EQ(stored.GetAttributeRecordCount(), (limit - 65) / 255);
+        }
     }
-    table->Close();
-    setrlimit(RLIMIT_FSIZE, &former);
-    std::signal(SIGXFSZ, formerHandler);
-    EXPECT_EQ(log.TextsOf(LOG_FATAL), Texts{"DBF-File: Writing failed. File=" + file.string()});
 }
 
 TEST_F(TableWriting, LocaleChangesNeitherBytesNorValues) {

@@ -189,6 +189,41 @@ TEST_P(CollectionTest, TransformsUntilTheObserverEndsIt) {
     EXPECT_EQ(places(), (std::vector<double>{0, 1, 102, 103, 4, 5}));
 }
 
+/// Changes the collection while it is transformed.
+class Meddler final : public BProgress {
+public:
+    explicit Meddler(std::function<void()> newMeddle) : meddle(std::move(newMeddle)) {}
+    bool WantsReport(std::uint32_t, std::uint32_t) override { return true; }
+    bool Report(std::uint32_t done, std::uint32_t) override {
+        if (done == 3) {
+            meddle();
+        }
+        return true;
+    }
+
+private:
+    std::function<void()> meddle;
+};
+
+TEST_P(CollectionTest, SurvivesAnObserverThatChangesIt) {
+    std::pair<std::function<void()>, std::uint64_t> const cases[] = {
+        {[&] { features->Clear(); }, 0},
+        {[&] { features->Remove(5); }, 5},
+        {[&] { features->Sort(0, false); }, 6},
+        {[&] {
+             std::uint64_t position = 0;
+             features->FromByteArray(features->ToByteArray(), position);
+         },
+         6}};
+    for (auto const& [meddle, left] : cases) {
+        features->Clear();
+        AddPoints(6);
+        Meddler observer(meddle);
+        features->Transform(Shift(), observer);
+        EXPECT_EQ(features->GetCount(), left);
+    }
+}
+
 TEST_P(CollectionTest, SortsNullsNumbersAndTexts) {
     std::int64_t const above53Bits = (std::int64_t{1} << 53) + 1;
     BVariant big;

@@ -67,7 +67,7 @@ TEST(DirectAccessTest, ReadsAndSelectsInLongFilesWhateverTheirOrder) {
 TEST(DirectAccessTest, KeepsTheFileOpenThroughCopies) {
     OpenShapefile file(ShapefileBuilder(1).Point(1, 2).Point(3, 4));
     auto first = std::make_unique<BShpFeatureCollection>(file.file);
-    BShpFeatureCollection const copy(*first);
+    BShpFeatureCollection copy(*first);
     first.reset();
     file.file = BSharedPtr<BShpFile>();
     EXPECT_EQ(TextOf(*copy.GetAt(1)), "point[3 4]");
@@ -75,6 +75,13 @@ TEST(DirectAccessTest, KeepsTheFileOpenThroughCopies) {
     EXPECT_EQ(TextOf(rectangle), "1 2 1 2");
     EXPECT_EQ(&copy.GetFeatureMBRAt(1), &rectangle);
     EXPECT_EQ(TextOf(rectangle), "3 4 3 4");
+    auto last = std::make_unique<BShpFeatureCollection>(copy);
+    OpenShapefile other(ShapefileBuilder(1).Null());
+    copy = BShpFeatureCollection(other.file);
+    RecordingRenderer renderer;
+    renderer.whenCalled = [&] { last.reset(); };
+    last->RenderFeatures({0, 1}, &renderer);
+    EXPECT_EQ(renderer.calls, (Texts{"point 1,2", "point 3,4"}));
 }
 
 TEST(DirectAccessTest, AnswersThroughTheLayerOfAReaderThatIsGone) {

@@ -1,6 +1,9 @@
 #include "ShpReader/BShpProxy.h"
 #include "ShpSupport.h"
 
+#include <functional>
+#include <utility>
+
 namespace Ambrel::Test {
 
 namespace {
@@ -22,17 +25,18 @@ public:
     Texts calls;
 };
 
-class ClosingObserver final : public BProgress {
+/// Does something in the middle of a read, once.
+class MeddlingObserver final : public BProgress {
 public:
-    explicit ClosingObserver(BDataReader& newReader) : reader(newReader) {}
+    explicit MeddlingObserver(std::function<void()> newMeddle) : meddle(std::move(newMeddle)) {}
     bool WantsReport(std::uint32_t, std::uint32_t) override { return true; }
     bool Report(std::uint32_t, std::uint32_t) override {
-        reader.Close();
+        std::exchange(meddle, [] {})();
         return true;
     }
 
 private:
-    BDataReader& reader;
+    std::function<void()> meddle;
 };
 
 class ReaderTest : public testing::Test {
@@ -227,16 +231,25 @@ TEST_F(ReaderTest, CancelsAtTheRecordThatTheObserverRefuses) {
     EXPECT_EQ(reader->GetReadResult(), 0);
 }
 
-TEST_F(ReaderTest, ReadsToTheEndOfTheFileAtWhichTheObserverClosesIt) {
-    Diagonal(2).WriteTo(folder, "a");
-    Diagonal(2).WriteTo(folder, "b");
-    OpenFile(folderPath);
-    ClosingObserver observer(*reader);
-    reader->SetProgress(&observer);
-    reader->Read();
-    EXPECT_EQ(reader->GetReadResult(), 0);
-    EXPECT_EQ(Features(0).GetCount(), 2U);
-    EXPECT_EQ(Features(1).GetCount(), 0U);
+TEST_F(ReaderTest, SurvivesAnObserverThatChangesWhatIsRead) {
+    Diagonal(3).WriteTo(folder, "a");
+    Diagonal(3).WriteTo(folder, "b");
+    auto const replace = [&] { LayerOf(*reader, 0).SetFeaturesPtr(new BMemoryFeatureCollection); };
+    auto const reopen = [&] {
+        reader->Close();
+        reader->Open(folderPath, BParamList());
+    };
+    std::tuple<std::function<void()>, std::uint64_t, std::uint64_t> const cases[] = {
+        {[] {}, 3, 3}, {[&] { reader->Close(); }, 3, 0}, {replace, 2, 3}, {reopen, 0, 0}};
+    for (auto const& [meddle, inFirst, inSecond] : cases) {
+        OpenFile(folderPath);
+        MeddlingObserver observer(meddle);
+        reader->SetProgress(&observer);
+        reader->Read();
+        EXPECT_EQ(reader->GetReadResult(), 0);
+        EXPECT_EQ(Features(0).GetCount(), inFirst);
+        EXPECT_EQ(Features(1).GetCount(), inSecond);
+    }
 }
 
 TEST_F(ReaderTest, GoesOnWhereNoReportIsWantedAndCancelsDirectAccessAtTheFirst) {

@@ -2,6 +2,7 @@
 
 #include "Ambrel/BRenderer.h"
 
+#include <functional>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -32,6 +33,7 @@ public:
     }
 
     mutable std::vector<std::string> calls;
+    std::function<void()> whenCalled = [] {};
 
 private:
     template <class Point>
@@ -47,6 +49,7 @@ private:
             text << ' ' << starts[i];
         }
         calls.push_back(text.str());
+        whenCalled();
         return true;
     }
 

@@ -1,3 +1,4 @@
+#include "FileSizeLimit.h"
 #include "ShpSupport.h"
 
 #include <sys/stat.h>
@@ -49,6 +50,31 @@ TEST(ShpWritingTest, WritesNullShapesWithTheirTable) {
         BSharedPtr<BFeature> const feature = LayerOf(*reader).GetFeatures().GetAt(i);
         EXPECT_FALSE(feature->GetGeometry());
         EXPECT_EQ(feature->attributes.GetAt(0).GetValue(), BVariant(names[i].c_str()));
+    }
+}
+
+TEST(ShpWritingTest, KeepsWhatIsStoredWhenTheDiskIsFull) {
+    TemporaryFolder const folder;
+    BString const path = folder.File("new.shp");
+    for (rlim_t const limit : {400, 20000, 100000}) {
+        SCOPED_TRACE(limit);
+        {
+            LogCapture const log;
+            FileSizeLimit const full(limit);
+            BShpFile file;
+            file.Open(path, BShpFile::writeMode, true, "");
+            file.PrepareTable(NameSchema());
+            for (int i = 0; i < 10000; ++i) {
+                file.WriteFeature(FeatureNamed("name"));
+            }
+        }
+        BShpFile file;
+        file.Open(path, BShpFile::readMode, true, "");
+        ByteList header;
+        header.Append(ExpectedHeader(static_cast<std::uint32_t>(limit) / 2));
+        Bytes const stored = ReadFile(folder.Path() / "new.shp");
+        EXPECT_EQ(Bytes(stored.begin(), stored.begin() + 100), Bytes(header));
+        EXPECT_EQ(file.ReadFeature(10, true)->attributes.GetAt(0).GetValue(), BVariant("name"));
     }
 }
 

@@ -70,7 +70,8 @@ public:
     /// Makes room for `count` features in all. A hint: more may be added.
     virtual void Reserve(std::uint64_t count);
     /// Moves every geometry through the transformation; the observer may end it between two
-    /// features, and those before it stay moved.
+    /// features, and those before it stay moved. What the transformation throws goes through: the
+    /// parts of the feature's geometry before that at which it threw are moved then.
     virtual void Transform(BTransform const& transform, BProgress& progress);
     virtual void Transform(BTransform const& transform);
     virtual void TransformReverse(BTransform const& transform, BProgress& progress);

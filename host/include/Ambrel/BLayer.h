@@ -44,7 +44,11 @@ public:
     EGeometryClass GetSingleGeometryClass() const noexcept { return geometryClass; }
 
     /// Replaces the features. The layer owns the collection from now on.
-    void SetFeaturesPtr(BFeatureCollection* newFeatures) noexcept { features.reset(newFeatures); }
+    void SetFeaturesPtr(BFeatureCollection* newFeatures) noexcept {
+        if (newFeatures != features.get()) {
+            features.reset(newFeatures);
+        }
+    }
     BFeatureCollection& GetFeatures() noexcept { return *features; }
     BFeatureCollection const& GetFeatures() const noexcept { return *features; }
 

@@ -12,7 +12,7 @@ namespace Ambrel {
 
 /// How much a log line matters; less is worse.
 enum ELogSeverity : std::uint32_t {
-    LOG_FATAL = 1,    ///< a table that can not be read or written
+    LOG_FATAL = 1,    ///< what can not be read or written
     LOG_WARNING = 2,  ///< a problem of the data that is tolerated
     LOG_PROGRESS = 3, ///< the steps of opening, reading and closing
     LOG_DETAIL = 4,   ///< about single layers and records
@@ -42,7 +42,8 @@ public:
     void SetThreshold(ELogSeverity newThreshold) noexcept { threshold = newThreshold; }
     ELogSeverity GetThreshold() const noexcept { return threshold; }
     /// Replaces the sink and returns the former one; an empty one stands for standard error. The
-    /// sink is called under a lock, one line at a time, and must not write lines itself.
+    /// sink is called under a lock, one line at a time, and must neither write lines nor replace
+    /// the sink itself.
     Sink SetSink(Sink newSink);
 
 private:
