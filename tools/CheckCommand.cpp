@@ -13,6 +13,7 @@
 
 #include <optional>
 #include <set>
+#include <utility>
 
 namespace Ambrel::Tool {
 
@@ -42,10 +43,14 @@ class Findings {
 public:
     Findings(Console& newConsole, BString const& newFile) : console(newConsole), file(newFile) {}
 
-    /// The record that is being looked at; none while the file as a whole is.
+    /// The record that is being looked at; none while the file as a whole is. Prints what has been
+    /// found so far: not when it is found, since what is thrown in the log is lost.
     void SetRecord(std::optional<std::uint64_t> newRecord) {
         record = newRecord;
         seenInRecord.clear();
+        if (!text.empty()) {
+            console.out.Write(std::exchange(text, std::string()));
+        }
     }
 
     void TakeLogLine(ELogSeverity severity, std::string_view line) {
@@ -64,6 +69,7 @@ public:
     void TakeFeature(BFeature const& feature) {
         BGeometry const* const geometry = feature.GetGeometry().Get();
         withFewVertices += geometry && HasPartOfFewVertices(*geometry);
+        withoutNumbers += geometry && !IsFinite(*geometry);
     }
 
     void TakeException(BException const& exception) {
@@ -73,25 +79,26 @@ public:
 
     std::uint64_t ProblemCount() const { return problems; }
     std::string Oddities() const {
-        std::string text;
+        std::string oddities;
         for (auto const& [count, what] :
              {std::pair(nullShapes, nullShapes == 1 ? " null shape" : " null shapes"),
               std::pair(withoutMeasures, " without measures"),
               std::pair(withoutPosition, " without a position"),
-              std::pair(withFewVertices, " with a part of too few vertices")}) {
-            text += count > 0 ? ", " + std::to_string(count) + what : "";
+              std::pair(withFewVertices, " with a part of too few vertices"),
+              std::pair(withoutNumbers, " with coordinates that are no numbers")}) {
+            oddities += count > 0 ? ", " + std::to_string(count) + what : "";
         }
-        return text;
+        return oddities;
     }
 
-    /// Prints the problem, unless this record (or the file) has had the same one.
-    void AddProblem(std::string_view text) {
-        std::string const what = InOurWords(text);
+    /// Notes the problem, unless this record (or the file) has had the same one.
+    void AddProblem(std::string_view problem) {
+        std::string const what = InOurWords(problem);
         if (!(record ? seenInRecord : seenInFile).insert(what).second) {
             return;
         }
         ++problems;
-        console.out.Write(OneLine(std::string(file.Utf8()) + ": " + what) + "\n");
+        text += OneLine(std::string(file.Utf8()) + ": " + what) + "\n";
     }
 
 private:
@@ -123,6 +130,8 @@ private:
     std::uint64_t withoutMeasures = 0;
     std::uint64_t withoutPosition = 0;
     std::uint64_t withFewVertices = 0;
+    std::uint64_t withoutNumbers = 0;
+    std::string text; ///< lines that are not printed yet
 };
 
 struct Progress {
@@ -143,6 +152,8 @@ Progress ReadInOrder(Console& console, Source& source, Findings& findings) {
     findings.SetRecord(0);
     try {
         source.Reader().Read();
+    } catch (StopException const&) {
+        throw;
     } catch (BException const& exception) {
         findings.TakeException(exception);
         return {done + 1, false};
@@ -179,11 +190,11 @@ std::uint64_t CheckRecords(Console& console, BString const& file, Findings& find
     return read.isComplete ? read.records : FetchOneByOne(console, source, read.records, findings);
 }
 
-/// Returns the number of problems.
-std::uint64_t CheckFile(Console& console, BString const& file) {
+/// Adds the number of problems, also where the output ends before the file does.
+void CheckFile(Console& console, BString const& file, std::uint64_t& problems) {
     Findings findings(console, file);
     std::uint64_t count = 0;
-    {
+    auto const look = [&] {
         Log const log(LOG_DETAIL, [&](ELogSeverity severity, std::string_view line) {
             if (console.verbose) {
                 console.err.Write(std::string(line) + "\n");
@@ -195,21 +206,32 @@ std::uint64_t CheckFile(Console& console, BString const& file) {
         for (std::string const& problem : CompanionProblems(file)) {
             findings.AddProblem(problem);
         }
+        findings.SetRecord(std::nullopt);
+    };
+    try {
+        look();
+    } catch (...) {
+        problems += findings.ProblemCount();
+        throw;
     }
-    std::uint64_t const problems = findings.ProblemCount();
+    std::uint64_t const found = findings.ProblemCount();
+    problems += found;
     console.out.Write(OneLine(file.Utf8()) + ": " + std::to_string(count) +
                       (count == 1 ? " record, " : " records, ") +
-                      (problems == 0 ? "no" : std::to_string(problems)) +
-                      (problems == 1 ? " problem" : " problems") + findings.Oddities() + "\n");
-    return problems;
+                      (found == 0 ? "no" : std::to_string(found)) +
+                      (found == 1 ? " problem" : " problems") + findings.Oddities() + "\n");
 }
 
 } // namespace
 
 int RunCheck(Console& console, CheckOptions const& options) {
     std::uint64_t problems = 0;
-    int const failed = ForEachFile(
-        console, options.paths, [&](BString const& file) { problems += CheckFile(console, file); });
+    int failed = 0;
+    try {
+        failed = ForEachFile(console, options.paths,
+                             [&](BString const& file) { CheckFile(console, file, problems); });
+    } catch (PipeClosedException const&) { // nobody reads on, and what was found holds
+    }
     if (failed > 0) {
         return EXIT_UNREADABLE;
     }

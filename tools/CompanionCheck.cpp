@@ -8,6 +8,8 @@
 #include <QFile>
 
 #include <algorithm>
+#include <array>
+#include <vector>
 
 namespace Ambrel::Tool {
 
@@ -27,24 +29,16 @@ std::uint64_t RowCount(BString const& table) {
     return head.isEmpty() ? 0 : DbfHeader::Decode(head.constData()).recordCount;
 }
 
-/// Bytes up to where records may stand: what the file has behind the length that its header states
-/// is padding. Without records in the index the file may never have been finished, and its header
-/// is not relied on.
-std::int64_t EndOfMainFile(BString const& shapefile, std::uint32_t records) {
-    QFile file(MakeQString(shapefile));
-    QByteArray const head = HeadOf(file, ShpFileHeader::size);
-    if (records == 0 || head.isEmpty()) {
-        return file.size();
-    }
-    auto const header =
-        ShpFileHeader::Decode(reinterpret_cast<std::uint8_t const*>(head.constData()));
-    return std::min<std::int64_t>(file.size(), 2 * std::int64_t{header.fileLength});
-}
+/// What the index says of the main file.
+struct IndexedRecords {
+    std::int64_t end = ShpFileHeader::size; ///< of the last record, in bytes
+    std::int64_t lastStart = 0;             ///< of the same record
+    std::vector<std::int32_t> offsets;      ///< as the entries have them, sorted
+};
 
-/// Where the last of the records that the index names ends in the main file, in bytes.
-std::int64_t EndOfRecords(QFile& index) {
+IndexedRecords ReadIndex(QFile& index) {
     constexpr qint64 entriesAtOnce = 8192;
-    std::int64_t end = ShpFileHeader::size;
+    IndexedRecords records;
     index.seek(ShpFileHeader::size);
     QByteArray block;
     do {
@@ -52,11 +46,41 @@ std::int64_t EndOfRecords(QFile& index) {
         auto const* const bytes = reinterpret_cast<std::uint8_t const*>(block.constData());
         for (std::size_t i = 0; i < block.size() / ShpIndexEntry::size; ++i) {
             ShpIndexEntry const entry = ShpIndexEntry::Decode(bytes + i * ShpIndexEntry::size);
-            auto const size = std::int64_t{ShpRecordHeader::size} + entry.ContentSize();
-            end = std::max(end, entry.RecordPosition() + size);
+            std::int64_t const start = entry.RecordPosition();
+            std::int64_t const end =
+                start + std::int64_t{ShpRecordHeader::size} + entry.ContentSize();
+            if (end > records.end) {
+                records.end = end;
+                records.lastStart = start;
+            }
+            records.offsets.push_back(entry.offset);
         }
     } while (!block.isEmpty());
-    return end;
+    std::sort(records.offsets.begin(), records.offsets.end());
+    return records;
+}
+
+/// Whether the bytes at the position are a record, and not what else a file may end with.
+bool HasRecordAt(QFile& mainFile, std::int64_t position) {
+    std::array<char, ShpRecordHeader::size + shapeTypeSize> bytes{};
+    if (!mainFile.seek(position) ||
+        mainFile.read(bytes.data(), bytes.size()) < qint64{bytes.size()}) {
+        return false;
+    }
+    auto const* const start = reinterpret_cast<std::uint8_t const*>(bytes.data());
+    RecordContent const content(start + ShpRecordHeader::size, shapeTypeSize);
+    std::int64_t const size = 2 * std::int64_t{ShpRecordHeader::Decode(start).contentLength};
+    return size >= std::int64_t{shapeTypeSize} && FindShapeType(ReadShapeType(content)) &&
+           position + std::int64_t{ShpRecordHeader::size} + size <= mainFile.size();
+}
+
+/// How many of the sorted offsets are the same as the one before.
+std::uint64_t RepeatedIn(std::vector<std::int32_t> const& offsets) {
+    std::uint64_t repeated = 0;
+    for (std::size_t i = 1; i < offsets.size(); ++i) {
+        repeated += offsets[i] == offsets[i - 1];
+    }
+    return repeated;
 }
 
 std::string Count(std::uint64_t count, std::string const& singular, std::string const& plural) {
@@ -79,10 +103,22 @@ std::vector<std::string> CompanionProblems(BString const& shapefile) {
     if (ShpIndexEntry::PositionOf(records) != indexSize) {
         problems.push_back("the index is cut");
     }
-    std::int64_t const lost = EndOfMainFile(shapefile, records) - EndOfRecords(index);
-    if (lost > 0) {
-        problems.push_back(Count(static_cast<std::uint64_t>(lost), "byte", "bytes") +
-                           " behind the last record that the index names");
+    IndexedRecords const indexed = ReadIndex(index);
+    QFile mainFile(MakeQString(shapefile));
+    if (!mainFile.open(QIODevice::ReadOnly)) {
+        return {"the main file can not be opened"};
+    }
+    if (std::uint64_t const repeated = RepeatedIn(indexed.offsets); repeated > 0) {
+        problems.push_back(Count(repeated, "index entry names", "index entries name") +
+                           " a record that another one names");
+    }
+    if (HasRecordAt(mainFile, indexed.end)) {
+        problems.push_back("there is a record behind the last one that the index names");
+    }
+    if (indexed.lastStart < mainFile.size() && mainFile.size() < indexed.end) {
+        problems.push_back(
+            Count(static_cast<std::uint64_t>(indexed.end - mainFile.size()), "byte", "bytes") +
+            " of the last record are missing");
     }
     std::uint64_t const rows = RowCount(companion(".dbf"));
     if (rows != records) {

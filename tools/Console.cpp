@@ -67,6 +67,14 @@ void FileSink::Write(std::string_view text) {
     }
 }
 
+void BestEffortSink::Write(std::string_view text) {
+    try {
+        target.Write(text);
+    } catch (PipeClosedException const&) { // NOLINT(bugprone-empty-catch)
+    } catch (OutputException const&) {     // NOLINT(bugprone-empty-catch): there is nobody to tell
+    }
+}
+
 UsageException::UsageException(std::string const& message)
     : StopException(Category(), BString(), BString::FromUtf8(message)) {}
 

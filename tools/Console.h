@@ -41,6 +41,16 @@ private:
     std::string name;
 };
 
+/// Passes on what can be written; a reader that has gone ends nothing. For standard error.
+class BestEffortSink final : public TextSink {
+public:
+    explicit BestEffortSink(TextSink& newTarget) : target(newTarget) {}
+    void Write(std::string_view text) override;
+
+private:
+    TextSink& target;
+};
+
 /// Where a command reports to, and what its user wants to see there.
 struct Console {
     TextSink& out;

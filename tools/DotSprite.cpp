@@ -62,8 +62,9 @@ void DotSprite::Blend(QImage& image, double x, double y) const {
     }
     auto const column = static_cast<int>(std::floor(x));
     auto const row = static_cast<int>(std::floor(y));
-    auto const phaseX = static_cast<int>((x - column) * phases);
-    auto const phaseY = static_cast<int>((y - row) * phases);
+    // A hair below a whole pixel, the difference is rounded up to 1.
+    auto const phaseX = std::min(static_cast<int>((x - column) * phases), phases - 1);
+    auto const phaseY = std::min(static_cast<int>((y - row) * phases), phases - 1);
     std::uint32_t const* const sprite = pixels[phaseY * phases + phaseX].data();
     int const left = column - side / 2;
     int const top = row - side / 2;

@@ -1,6 +1,7 @@
 #include "Commands.h"
 #include "Console.h"
 #include "ForEachFile.h"
+#include "Log.h"
 #include "OutputFile.h"
 #include "PainterRenderer.h"
 #include "Picture.h"
@@ -18,38 +19,23 @@ namespace {
 constexpr double margin = 10.0;             ///< around the map, in pixels
 constexpr std::size_t recordsAtOnce = 4096; ///< between two looks at the user
 
+/// What is known of a layer before it is drawn. The layers are opened one after the other: a folder
+/// may have more of them than a process may have open files.
 struct Drawn {
-    std::string file;
-    std::unique_ptr<Source> source;
+    BString file;
+    std::string name;
+    EGeometryClass geometryClass;
+    BRect extent; ///< empty where the layer has none
 };
-using Sources = std::vector<Drawn>;
+using Layers = std::vector<Drawn>;
 
 /// Areas at the bottom, then lines, then points.
-int HeightOf(Source& source) {
-    switch (source.Layer().GetSingleGeometryClass()) {
+int HeightOf(Drawn const& layer) {
+    switch (layer.geometryClass) {
     case GEO_CLASS_AREAS: return 0;
     case GEO_CLASS_LINES: return 1;
     default: return 2;
     }
-}
-
-/// The layers in drawing order: that of the paths, and by class among the files of one path, whose
-/// order by name says nothing.
-Sources OpenLayers(Console& console, std::vector<std::string> const& paths, int& failed) {
-    Sources all;
-    for (std::string const& path : ShapefilesAmong(paths)) {
-        Sources layers;
-        failed += ForEachFile(console, {path}, [&](BString const& file) {
-            layers.push_back(
-                {std::string(file.Utf8()),
-                 std::make_unique<Source>(console, file, SourceOptions{.useAttributes = false})});
-        });
-        std::stable_sort(layers.begin(), layers.end(), [](Drawn const& a, Drawn const& b) {
-            return HeightOf(*a.source) < HeightOf(*b.source);
-        });
-        std::move(layers.begin(), layers.end(), std::back_inserter(all));
-    }
-    return all;
 }
 
 bool IsUsable(BRect const& rectangle) {
@@ -58,14 +44,44 @@ bool IsUsable(BRect const& rectangle) {
            rectangle.xMin <= rectangle.xMax && rectangle.yMin <= rectangle.yMax;
 }
 
-BRect ExtentOf(Sources const& layers) {
+std::unique_ptr<Source> OpenLayer(Console& console, BString const& file) {
+    return std::make_unique<Source>(console, file, SourceOptions{.useAttributes = false});
+}
+
+std::unique_ptr<Source> OpenAgain(Console& console, BString const& file) {
+    Silence const silence; // what is odd about the file has been told
+    return OpenLayer(console, file);
+}
+
+Drawn LookAt(Console& console, BString const& file) {
+    std::unique_ptr<Source> const source = OpenLayer(console, file);
+    BVectorLayer& layer = source->Layer();
+    // A file without records states an extent too, and it means nothing.
+    bool const hasRecords = layer.GetFeatures().GetCount() > 0;
+    BRect const extent = source->Extent();
+    return {file, std::string(layer.name.Utf8()), layer.GetSingleGeometryClass(),
+            hasRecords && IsUsable(extent) ? extent : BRect()};
+}
+
+/// The layers in drawing order: that of the paths, and by class among the files of one path, whose
+/// order by name says nothing.
+Layers LookAtLayers(Console& console, std::vector<std::string> const& paths, int& failed) {
+    Layers all;
+    for (std::string const& path : ShapefilesAmong(paths)) {
+        Layers layers;
+        failed += ForEachFile(
+            console, {path}, [&](BString const& file) { layers.push_back(LookAt(console, file)); });
+        std::stable_sort(layers.begin(), layers.end(),
+                         [](Drawn const& a, Drawn const& b) { return HeightOf(a) < HeightOf(b); });
+        std::move(layers.begin(), layers.end(), std::back_inserter(all));
+    }
+    return all;
+}
+
+BRect ExtentOf(Layers const& layers) {
     BRect extent;
-    for (auto const& [file, source] : layers) {
-        // A file without records states an extent too, and it means nothing.
-        bool const hasRecords = source->Layer().GetFeatures().GetCount() > 0;
-        if (BRect const rectangle = source->Extent(); hasRecords && IsUsable(rectangle)) {
-            extent.Union(rectangle);
-        }
+    for (Drawn const& layer : layers) {
+        extent.Union(layer.extent);
     }
     if (extent.IsEmpty()) {
         throw BDataManagerException(BString::FromUtf8("draw"),
@@ -74,19 +90,19 @@ BRect ExtentOf(Sources const& layers) {
     return extent;
 }
 
-LayerStyle StyleOf(BVectorLayer const& layer, std::vector<StyleRule> const& rules) {
-    LayerStyle style = DefaultStyle(layer.GetSingleGeometryClass());
+LayerStyle StyleOf(Drawn const& layer, std::vector<StyleRule> const& rules) {
+    LayerStyle style = DefaultStyle(layer.geometryClass);
     for (StyleRule const& rule : rules) {
-        Apply(rule, layer.name.Utf8(), style);
+        Apply(rule, layer.name, style);
     }
     return style;
 }
 
-void RefuseUnknownLayers(std::vector<StyleRule> const& rules, Sources const& layers) {
+void RefuseUnknownLayers(std::vector<StyleRule> const& rules, Layers const& layers) {
     for (StyleRule const& rule : rules) {
         bool const isKnown = rule.layer.empty() ||
                              std::any_of(layers.begin(), layers.end(), [&](Drawn const& drawn) {
-                                 return drawn.source->Layer().name.Utf8() == rule.layer;
+                                 return drawn.name == rule.layer;
                              });
         if (!isKnown) {
             throw UsageException("--style: there is no layer " + rule.layer);
@@ -114,7 +130,7 @@ int RunDraw(Console& console, DrawOptions const& options) {
     std::unique_ptr<Picture> const picture =
         Picture::Make(options.output, options.width, options.height);
     int failed = 0;
-    Sources const layers = OpenLayers(console, options.paths, failed);
+    Layers const layers = LookAtLayers(console, options.paths, failed);
     if (layers.empty()) {
         return EXIT_PROBLEM;
     }
@@ -123,12 +139,12 @@ int RunDraw(Console& console, DrawOptions const& options) {
                            options.height, options.window ? 0.0 : margin);
     OutputFile output(console, options.output);
     QPainter painter(&picture->Device());
-    for (auto const& [file, source] : layers) {
-        BVectorLayer& layer = source->Layer();
+    for (Drawn const& layer : layers) {
         LayerStyle const style = StyleOf(layer, options.styles);
         PainterRenderer const renderer(painter, picture->Image(), window, style);
-        failed += !Survives(console, file, [&] {
-            DrawLayer(console, layer, renderer, window.VisibleMap(style.width));
+        failed += !Survives(console, layer.file.Utf8(), [&] {
+            std::unique_ptr<Source> const source = OpenAgain(console, layer.file);
+            DrawLayer(console, source->Layer(), renderer, window.VisibleMap(style.width));
         });
     }
     painter.end();

@@ -55,14 +55,21 @@ private:
     /// Null where there is none, or none that JSON has numbers for.
     BGeometry const* WritableGeometry(std::uint64_t record, BFeature& feature) const {
         BGeometry* const geometry = feature.GetGeometry().Get();
-        if (!geometry || !IsFinite(*geometry)) {
+        if (!geometry) {
             return nullptr;
         }
-        if (!transform || Transforms(*geometry)) {
-            return geometry;
+        if (!IsFinite(*geometry)) {
+            return LeaveOut(record, " has coordinates that are no numbers");
         }
+        if (transform && !Transforms(*geometry)) {
+            return LeaveOut(record, " has no position in WGS 84");
+        }
+        return geometry;
+    }
+
+    BGeometry const* LeaveOut(std::uint64_t record, char const* reason) const {
         PrintWarning(console, std::string(file.Utf8()) + ": record " + std::to_string(record) +
-                                  " has no position in WGS 84; its geometry is left out");
+                                  reason + "; its geometry is left out");
         return nullptr;
     }
 
@@ -119,16 +126,6 @@ std::uint64_t ExportFile(Console& console, BString const& file, std::string cons
     return problems;
 }
 
-/// What is written is no shapefile, and must not take the place of a part of one.
-void RefuseShapefile(std::string const& output) {
-    for (char const* const part : {".shp", ".shx", ".dbf", ".prj", ".cpg"}) {
-        if (ExtensionOf(output) == part) {
-            throw UsageException("--output: " + output +
-                                 " would be taken for a part of a shapefile");
-        }
-    }
-}
-
 /// One file for each layer, named after it.
 int ExportToFolder(Console& console, ExportOptions const& options) {
     char const* const extension = IsCsv(options) ? ".csv" : ".geojson";
@@ -153,7 +150,6 @@ int RunExport(Console& console, ExportOptions const& options) {
     if (fs::is_directory(options.output, error)) {
         return ExportToFolder(console, options);
     }
-    RefuseShapefile(options.output);
     BString const file =
         TheFileOf(options.path, "name one of them, or an --output folder that is there");
     std::uint64_t problems = 0;

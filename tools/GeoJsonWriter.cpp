@@ -47,7 +47,7 @@ public:
     void Area(BAreaGeo const& area) {
         AreaRings const rings = RingsOf(area);
         text += '[';
-        if (rings.shell) {
+        if (rings.shell && rings.shell->GetPoints().GetCount() > 0) {
             Ring(*rings.shell, ORIENTATION_COUNTERCLOCKWISE);
         }
         for (BPolygon const* const hole : rings.holes) {

@@ -30,8 +30,9 @@ void CatchInterrupts() noexcept {
             sigaction(number, &action, nullptr);
         }
     }
-    // A closed pipe is found by the write that fails.
+    // A closed pipe, and a file that may not grow any more, are found by the write that fails.
     std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
 }
 
 bool IsInterrupted() noexcept {

@@ -27,7 +27,8 @@ int main(int argc, char** argv) {
     // File names are UTF-8 here whatever the locale says: under "C", Qt would lose their accents.
     QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
     FileSink out(STDOUT_FILENO, "standard output");
-    FileSink err(STDERR_FILENO, "standard error");
+    FileSink errFile(STDERR_FILENO, "standard error");
+    BestEffortSink err(errFile);
     Console console{.out = out,
                     .err = err,
                     .colors = WantsColors(),

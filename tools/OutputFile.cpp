@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <charconv>
 #include <cstdlib>
 #include <filesystem>
 #include <utility>
@@ -24,6 +25,35 @@ mode_t PermissionsFor(std::string const& path) {
     mode_t const mask = ::umask(0);
     ::umask(mask);
     return 0666 & ~mask;
+}
+
+/// The descriptor of this process that the path names, -1 for any other path. What it writes to may
+/// be a regular file that others write to as well, and is not replaced.
+int OwnDescriptor(std::string_view path) {
+    if (path == "/dev/stdout") {
+        return STDOUT_FILENO;
+    }
+    if (path == "/dev/stderr") {
+        return STDERR_FILENO;
+    }
+    for (std::string_view const folder : {"/dev/fd/", "/proc/self/fd/"}) {
+        int number = -1;
+        if (path.starts_with(folder)) {
+            path.remove_prefix(folder.size());
+            auto const result = std::from_chars(path.data(), path.data() + path.size(), number);
+            return result.ptr == path.data() + path.size() ? number : -1;
+        }
+    }
+    return -1;
+}
+
+/// What is written is no shapefile, and must not take the place of a part of one.
+void RefuseShapefile(std::string const& path) {
+    for (char const* const part : {".shp", ".shx", ".dbf", ".prj", ".cpg"}) {
+        if (ExtensionOf(path) == part) {
+            throw UsageException("--output: " + path + " would be taken for a part of a shapefile");
+        }
+    }
 }
 
 bool IsNoRegularFile(std::string const& path) {
@@ -57,10 +87,12 @@ std::string ExtensionOf(std::string const& path) {
 OutputFile::OutputFile(Console& console, std::string newPath)
     : path(std::move(newPath)), sink(&console.out) {
     buffer.reserve(pieceSize + pieceSize / 4);
-    if (path.empty() || path == "-") {
+    if (path == "-") {
         return;
     }
-    if (IsNoRegularFile(path)) {
+    if (int const own = OwnDescriptor(path); own >= 0) {
+        descriptor = ::fcntl(own, F_DUPFD_CLOEXEC, 0);
+    } else if (IsNoRegularFile(path)) {
         descriptor = ::open(path.c_str(), O_WRONLY | O_CLOEXEC);
     } else {
         OpenTemporary();
@@ -77,7 +109,9 @@ OutputFile::~OutputFile() {
 
 void OutputFile::OpenTemporary() {
     path = Resolve(path);
-    std::string name = path + ".XXXXXX";
+    RefuseShapefile(path);
+    // Not the file's own name with something behind it, which may be too long.
+    std::string name = (std::filesystem::path(path).parent_path() / ".ambrel-shp.XXXXXX").string();
     descriptor = ::mkostemp(name.data(), O_CLOEXEC);
     if (descriptor >= 0) {
         temporaryPath = name;

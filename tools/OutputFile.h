@@ -12,8 +12,9 @@ namespace Ambrel::Tool {
 /// unfinished OutputFile takes away again.
 class OutputFile final {
 public:
-    /// `newPath` "-" or empty: standard output. What exists and is no regular file (a device, a
-    /// pipe) is written directly. Throws OutputException.
+    /// `newPath` "-": standard output. What exists and is no regular file (a device, a pipe), or is
+    /// open in this process ("/dev/stdout"), is written directly. Throws OutputException, and
+    /// UsageException where a part of a shapefile would be replaced.
     OutputFile(Console& console, std::string newPath);
     ~OutputFile();
     OutputFile(OutputFile const&) = delete;

@@ -24,7 +24,7 @@ std::string Draw(std::string const& label, std::uint32_t done, std::uint32_t tot
 } // namespace
 
 ProgressBar::ProgressBar(Console& newConsole, std::string newLabel)
-    : console(newConsole), label(std::move(newLabel)), nextDrawing(Clock::now() + patience) {}
+    : console(newConsole), label(OneLine(newLabel)), nextDrawing(Clock::now() + patience) {}
 
 ProgressBar::~ProgressBar() {
     if (isShown) {
@@ -54,9 +54,7 @@ bool ProgressBar::Report(std::uint32_t done, std::uint32_t total) {
 void ProgressBar::Step(std::uint64_t done, std::uint64_t total) {
     auto const doneNow = static_cast<std::uint32_t>(done);
     auto const inAll = static_cast<std::uint32_t>(total);
-    if (WantsReport(doneNow, inAll)) {
-        Report(doneNow, inAll);
-    }
+    Report(doneNow, inAll);
     ThrowIfInterrupted();
 }
 

@@ -73,19 +73,33 @@ std::vector<BString> FilesOf(std::string const& path) {
     return files;
 }
 
+namespace {
+
+/// The shapefile that a file beside it ("roads.dbf", "roads.sbn", "roads.shp.xml") belongs to; any
+/// other path as it is.
+std::string ShapefileOf(std::string const& path) {
+    constexpr std::string_view description = ".shp.xml";
+    if (path.ends_with(description)) {
+        std::string const shapefile = path.substr(0, path.size() - 4);
+        return BFileUtilities::Exists(BString::FromUtf8(shapefile)) ? shapefile : path;
+    }
+    std::string const extension = ExtensionOf(path);
+    bool const isPart = extension == ".shx" || extension == ".dbf" || extension == ".prj";
+    BString const file = BString::FromUtf8(path);
+    BString const main = BFileUtilities::ChangeExtension(file, BString::FromUtf8(".shp"));
+    bool const isCompanion = isPart || (extension != ".shp" && BFileUtilities::Exists(file));
+    return isCompanion && BFileUtilities::Exists(main) ? std::string(main.Utf8()) : path;
+}
+
+} // namespace
+
 std::vector<std::string> ShapefilesAmong(std::vector<std::string> const& paths) {
     std::vector<std::string> shapefiles;
     for (std::string path : paths) {
         if (path.empty()) { // what a shell makes of a variable that is not set
             throw UsageException("a path is empty");
         }
-        std::string const extension = ExtensionOf(path);
-        if (extension == ".shx" || extension == ".dbf" || extension == ".prj" ||
-            extension == ".cpg") {
-            BString const main =
-                BFileUtilities::ChangeExtension(BString::FromUtf8(path), BString::FromUtf8(".shp"));
-            path = BFileUtilities::Exists(main) ? std::string(main.Utf8()) : path;
-        }
+        path = ShapefileOf(path);
         if (std::find(shapefiles.begin(), shapefiles.end(), path) == shapefiles.end()) {
             shapefiles.push_back(path);
         }

@@ -59,8 +59,8 @@ private:
 /// The shapefiles that a path of the command line stands for: a file, a folder's or a wildcard's.
 /// Throws BFileNotFoundException where the last two have none.
 std::vector<BString> FilesOf(std::string const& path);
-/// The paths, each once; a companion (".shx", ".dbf", ".prj", ".cpg") stands for its shapefile, as
-/// it does where a shell has given all files of a folder.
+/// The paths, each once; a file of a shapefile's name (".dbf", ".cpg", ".sbn") stands for it, as it
+/// does where a shell has given all files of a folder.
 std::vector<std::string> ShapefilesAmong(std::vector<std::string> const& paths);
 /// The one shapefile of a command that takes no more. Throws as FilesOf, and UsageException with
 /// the advice when there are several.

@@ -225,10 +225,27 @@ void CompleteCommand(std::vector<std::string>& arguments) {
     }
 }
 
+/// CLI11 would take the path "[a,b]" for a list.
+void KeepWhole(std::string& word) {
+    if (word.starts_with('[') && word.ends_with(']')) {
+        word.insert(0, "./");
+    }
+}
+
+void RefuseEmpty(std::string const& output) {
+    if (output.empty()) { // what a shell makes of a variable that is not set
+        throw UsageException("--output: the path is empty");
+    }
+}
+
 int RunExportCommand(Console& console, Arguments& arguments) {
+    RefuseEmpty(arguments.exportOptions.output);
     arguments.exportOptions.window = arguments.Window();
     arguments.exportOptions.source.mode = Modes().at(arguments.mode);
     arguments.exportOptions.source.useAttributes = !arguments.noAttributes;
+    if (arguments.noAttributes && !arguments.exportOptions.source.attributeZ.empty()) {
+        throw UsageException("--z-attribute: there are none with --no-attributes");
+    }
     return RunExport(console, arguments.exportOptions);
 }
 
@@ -239,6 +256,7 @@ int RunSelectCommand(Console& console, Arguments& arguments) {
 
 int RunDrawCommand(Console& console, Arguments& arguments) {
     DrawOptions& options = arguments.draw;
+    RefuseEmpty(options.output);
     options.window = arguments.Window();
     if (!arguments.size.empty()) {
         std::vector<int> const sides = ParseNumbers<int>("--size", arguments.size, 'x', 2);
@@ -284,6 +302,7 @@ int ParseAndRun(std::vector<std::string>& words, Console& console) {
         return EXIT_USAGE;
     }
     CompleteCommand(words);
+    std::for_each(words.begin(), words.end(), KeepWhole);
     std::reverse(words.begin(), words.end()); // CLI11 takes them from the end
     try {
         app.parse(words);

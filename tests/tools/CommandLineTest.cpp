@@ -20,6 +20,7 @@ TEST_F(CommandLine, RefusesWrongUsageInOneLine) {
                                    "export map.shp --bbox nan,0,1,1",
                                    "export map.shp --encoding Klingon",
                                    "export map.shp -o map.DBF",
+                                   "export map.shp --no-attributes --z-attribute id",
                                    "select map.shp",
                                    "draw map.shp",
                                    "draw map.shp -o map.bmp",
@@ -87,6 +88,13 @@ TEST_F(Program, GetsAlongWithPipesFilesAndLocales) {
         {"mkdir odd && : >odd/$(printf 'Z\\374rich.shp') && $TOOL info odd 2>&1 | "
          "grep -c 'rich.shp is left out: its name is not UTF-8'",
          Printed("1\n")},
+        // Standard error that has gone ends nothing, and what others write to is not replaced.
+        {"mkdir '[d]' && cp Zürich.* '[d]' && "
+         "$TOOL check '[d]' missing 2>/dev/full >/dev/null; echo $?",
+         Printed("2\n")},
+        {"{ echo old; $TOOL export Zürich -o /dev/stdout; echo new; } >all && head -n 1 all && "
+         "tail -n 1 all",
+         Printed("old\nnew\n")},
         {"$TOOL export Zürich >/dev/full",
          Failed(1, "OutputException: write: standard output: No space left on device")},
     };

@@ -90,9 +90,6 @@ TEST_F(Export, WritesEachKindOfGeometry) {
          "Polygon [[[9,9],[0,9],[0,0],[9,9]]]", "\"POLYGON ((0 0, 0 9, 9 9, 0 0))\""},
         {ShapefileBuilder(5).Polygon({{{0, 0}, {9, 9}, {0, 9}}}),
          "Polygon [[[0,0],[9,9],[0,9],[0,0]]]", "\"POLYGON ((0 0, 9 9, 0 9, 0 0))\""},
-        // What is no number spoils a geometry.
-        {ShapefileBuilder(3).Polyline({{{0, 0}, {infinity, 1}}}), "null", ""},
-        {ShapefileBuilder(13).Polyline(line, {5, infinity}), "null", ""},
     };
     for (auto const& [builder, geoJson, csv] : cases) {
         Write(builder);
@@ -104,6 +101,19 @@ TEST_F(Export, WritesEachKindOfGeometry) {
         EXPECT_EQ(RunTool("export map.shp --format csv --no-attributes"),
                   Printed("wkt\r\n" + csv + "\r\n"));
     }
+}
+
+TEST_F(Export, LeavesOutGeometriesOfCoordinatesThatAreNoNumbers) {
+    ShapefileBuilder builder(13);
+    builder.Polyline({{{0, 0}, {infinity, 1}}}, {5, 6}).Polyline({{{1, 2}, {3, 4}}}, {5, infinity});
+    Write(builder);
+    std::string const reason = " has coordinates that are no numbers; its geometry is left out\n";
+    EXPECT_EQ(RunTool("export map.shp --format csv"),
+              (ToolRun{0, "id,wkt\r\n1,\r\n2,\r\n",
+                       "ambrel-shp: warning: map.shp: record 0" + reason +
+                           "ambrel-shp: warning: map.shp: record 1" + reason}));
+    EXPECT_EQ(RunTool("check map.shp"),
+              Printed("map.shp: 2 records, no problems, 2 with coordinates that are no numbers\n"));
 }
 
 TEST_F(Export, PutsMeasuresBesideTheGeometry) {
@@ -175,6 +185,23 @@ TEST_F(Export, ReplacesAFileOnlyWhenItIsComplete) {
     EXPECT_TRUE(fs::is_empty("out"));
     EXPECT_EQ(RunTool("export map.shp -o link"), Printed(""));
     EXPECT_TRUE(fs::is_symlink("link") && fs::exists("out/map.json"));
+}
+
+TEST_F(Export, WritesOverNoShapefileThroughALink) {
+    Write(ShapefileBuilder(1).Point(1, 2));
+    std::filesystem::create_directory("out");
+    std::filesystem::create_symlink("../map.shp", "out/map.geojson");
+    std::filesystem::create_symlink("../map.dbf", "out/map.png");
+    Bytes const before = ReadFile("map.shp");
+    for (char const* const line : {"export map.shp -o out/map.geojson", "export map.shp -o out",
+                                   "draw map.shp -o out/map.png"}) {
+        ToolRun const run = RunTool(line);
+        EXPECT_EQ(run.exitCode, 2) << run;
+        EXPECT_NE(run.err.find("would be taken for a part of a shapefile"), std::string::npos)
+            << run;
+    }
+    EXPECT_EQ(ReadFile("map.shp"), before);
+    EXPECT_EQ(RunTool("check map.shp").exitCode, 0);
 }
 
 TEST_F(Export, LosesNothingThatIsSoundBehindARecordThatCanNotBeRead) {

@@ -127,7 +127,7 @@ TEST_F(Check, TellsOfRecordsThatTheIndexLost) {
     EXPECT_EQ(RunTool("check map.dbf map.shp"),
               (ToolRun{1,
                        "map.shp: the index is cut\n"
-                       "map.shp: 28 bytes behind the last record that the index names\n"
+                       "map.shp: there is a record behind the last one that the index names\n"
                        "map.shp: the table has 2 rows for 1 record\n"
                        "map.shp: 1 record, 3 problems\n",
                        ""}));
@@ -136,9 +136,27 @@ TEST_F(Check, TellsOfRecordsThatTheIndexLost) {
               Printed("map.shp: 2 records, no problems, 1 without a position\n"));
     Write(ShapefileBuilder(1).Point(1, 2).Cut(".shx", 100));
     EXPECT_EQ(RunTool("check map.shp").out,
-              "map.shp: 28 bytes behind the last record that the index names\n"
+              "map.shp: there is a record behind the last one that the index names\n"
               "map.shp: the table has 1 row for 0 records\n"
               "map.shp: 0 records, 2 problems\n");
+}
+
+TEST_F(Check, HoldsTheIndexAgainstTheMainFile) {
+    // Bytes that are no record may stand anywhere.
+    ShapefileBuilder sound(1);
+    sound.Point(1, 2).Junk(Bytes(16)).Point(3, 4).Junk(Bytes(16));
+    Write(sound);
+    EXPECT_EQ(RunTool("check map.shp"), Printed("map.shp: 2 records, no problems\n"));
+    Write(ShapefileBuilder(1).Point(1, 2).Point(3, 4).IndexOffset(50).Point(5, 6));
+    EXPECT_EQ(RunTool("check map.shp").out,
+              "map.shp: 1 index entry names a record that another one names\n"
+              "map.shp: 3 records, 1 problem\n");
+    Write(ShapefileBuilder(23)
+              .Polyline({{{1, 2}, {3, 4}}}, {}, {5, 6})
+              .MRange(5, 6)
+              .Cut(".shp", 196));
+    EXPECT_EQ(RunTool("check map.shp").out, "map.shp: 24 bytes of the last record are missing\n"
+                                            "map.shp: 1 record, 1 problem, 1 without measures\n");
 }
 
 using Select = ToolTest;
