@@ -26,8 +26,9 @@ public:
     void ResetStatus() override { status = STATUS_READY; }
 
 protected:
-    /// Opens every file; the host's features are complete for direct access, else Read fills them.
-    /// Throws what BShpFile::Open throws; files and layers before the failing one stay.
+    /// Opens every file and makes its layer. With direct access the layers have their features
+    /// then; else Read fills them. Throws what BShpFile::Open throws; files and layers before the
+    /// failing one stay.
     void OpenImpl(BString const& fileName, BParamList const& params) override;
     void CloseImpl() override;
     /// Fills the layers. Throws BNotOpenException, BResourceException when memory runs out (status

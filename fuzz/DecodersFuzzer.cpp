@@ -5,6 +5,9 @@
 #include "ShpReader/dbf/DbfFormat.h"
 #include "ShpReader/shp/ShpFormat.h"
 
+#include <algorithm>
+#include <initializer_list>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -51,17 +54,19 @@ void DecodeContent(RecordContent content, std::uint8_t options) {
     Touch(content.Holds(0, shapeTypeSize) ? ShapeTypeName(ReadShapeType(content)) : "");
 }
 
-/// What is decoded and encoded again is the same.
+/// What is decoded and encoded again is the same, in the ranges of bytes that the layout keeps.
 template <class Layout, class Byte>
-void TurnAround(std::vector<Byte> const& bytes) {
+void TurnAround(std::vector<Byte> const& bytes,
+                std::initializer_list<std::pair<std::size_t, std::size_t>> kept) {
     if (bytes.size() < Layout::size) {
         return;
     }
     std::vector<Byte> encoded(Layout::size);
     Layout::Decode(bytes.data()).Encode(encoded.data());
-    std::vector<Byte> again(Layout::size);
-    Layout::Decode(encoded.data()).Encode(again.data());
-    Require(encoded == again, "what is decoded is encoded alike");
+    for (auto const& [begin, end] : kept) {
+        Require(std::equal(encoded.begin() + begin, encoded.begin() + end, bytes.begin() + begin),
+                "what is decoded is encoded alike");
+    }
 }
 
 } // namespace
@@ -73,11 +78,11 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
     // A copy of its own size, so that a byte too far is noticed.
     std::vector<std::uint8_t> const bytes(data + 1, data + size);
     DecodeContent(RecordContent(bytes.data(), bytes.size()), data[0]);
-    TurnAround<ShpFileHeader>(bytes);
-    TurnAround<ShpRecordHeader>(bytes);
-    TurnAround<ShpIndexEntry>(bytes);
+    TurnAround<ShpFileHeader>(bytes, {{0, 4}, {24, 100}});
+    TurnAround<ShpRecordHeader>(bytes, {{0, 8}});
+    TurnAround<ShpIndexEntry>(bytes, {{0, 8}});
     std::vector<char> const characters(bytes.begin(), bytes.end());
-    TurnAround<DbfHeader>(characters);
-    TurnAround<DbfFieldDescriptor>(characters);
+    TurnAround<DbfHeader>(characters, {{0, 32}});
+    TurnAround<DbfFieldDescriptor>(characters, {{11, 12}, {16, 18}}); // type; width, decimals
     return 0;
 }

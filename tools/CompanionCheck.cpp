@@ -69,7 +69,8 @@ bool HasRecordAt(QFile& mainFile, std::int64_t position) {
     }
     auto const* const start = reinterpret_cast<std::uint8_t const*>(bytes.data());
     RecordContent const content(start + ShpRecordHeader::size, shapeTypeSize);
-    std::int64_t const size = 2 * std::int64_t{ShpRecordHeader::Decode(start).contentLength};
+    std::int64_t const size =
+        std::int64_t{shpBytesPerWord} * ShpRecordHeader::Decode(start).contentLength;
     return size >= std::int64_t{shapeTypeSize} && FindShapeType(ReadShapeType(content)) &&
            position + std::int64_t{ShpRecordHeader::size} + size <= mainFile.size();
 }

@@ -17,8 +17,8 @@ struct Console;
 /// is not known, or not one that a table's text can be in (ASCII must stand for itself).
 QTextCodec const* FindCodec(std::string_view name);
 
-/// The codec name of a table's language byte (offset 29 of its header), as dBASE and FoxPro have
-/// them; empty for 0, for "whatever is usual" (0x57) and for unknown ones.
+/// The code page of a table's language byte, as dBASE and FoxPro number them, in digits; empty for
+/// 0, for "whatever is usual" (0x57) and for unknown ones.
 std::string_view NameOfLanguage(std::uint8_t language);
 
 /// Decodes 8-bit text as a shapefile wants it while this object lives. `name` when it is not empty,

@@ -25,8 +25,8 @@ bool IsFinite(BGeometry const& geometry);
 /// another vertex than it began with. Vertices that differ in Z alone differ where `is3d`.
 std::uint64_t ClosedCount(BPoints const& ring, bool is3d);
 
-/// Calls `visit(points)` for the vertices of every part of the geometry. `visit` gets a
-/// `BPoint const*` and a count.
+/// Calls `visit(points, count)` for every part of the geometry: a `BPoint const*` and how many
+/// vertices there are.
 template <class Visitor>
 void ForEachPart(BGeometry const& geometry, Visitor&& visit);
 

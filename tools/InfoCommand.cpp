@@ -20,20 +20,17 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-constexpr std::string_view fieldTypeNames[] = {"string", "integer", "integer64",
-                                               "double", "date",    "boolean"};
-
 std::string_view FieldTypeName(EVariantType type) {
     switch (type) {
     case VAR_INTEGER64:
     case VAR_UNSIGNED_INTEGER64:
-    case VAR_UNSIGNED_INTEGER: return fieldTypeNames[2];
+    case VAR_UNSIGNED_INTEGER: return "integer64";
     case VAR_DOUBLE:
-    case VAR_FLOAT: return fieldTypeNames[3];
-    case VAR_DATE: return fieldTypeNames[4];
-    case VAR_BOOLEAN: return fieldTypeNames[5];
-    case VAR_STRING: return fieldTypeNames[0];
-    default: return fieldTypeNames[1];
+    case VAR_FLOAT: return "double";
+    case VAR_DATE: return "date";
+    case VAR_BOOLEAN: return "boolean";
+    case VAR_STRING: return "string";
+    default: return "integer";
     }
 }
 

@@ -28,9 +28,8 @@ struct StyleRule {
 /// What a layer of that class looks like when nobody says otherwise.
 LayerStyle DefaultStyle(EGeometryClass geometryClass);
 
-/// Reads "[LAYER:]KEY=VALUE[,KEY=VALUE...]" with the keys color, fill and width; colours as
-/// "#rrggbb",
-/// "#aarrggbb", an SVG name or "none". Throws UsageException.
+/// Reads "[LAYER:]KEY=VALUE[,KEY=VALUE...]" with the keys color, fill and width. A colour is
+/// "#rrggbb", "#aarrggbb", an SVG name or "none". Throws UsageException.
 StyleRule ParseStyle(std::string_view text);
 
 /// Applies the rule where it is meant for the layer.

@@ -111,8 +111,6 @@ public:
 
     /// Records written since the table was opened.
     std::uint32_t GetRecordsWritten() const noexcept { return recordsWritten; }
-    /// Whether every record has default values because the file's size is wrong.
-    bool UsesDefaultValues() const noexcept { return useDefaultValues; }
     /// The header, as it was read or will be written.
     DbfHeader const& GetHeader() const noexcept { return header; }
 

@@ -56,9 +56,11 @@ public:
     /// Appends a null-shape record, and the feature's attribute values to the table. The table must
     /// have been prepared (PrepareTable). Throws as WriteNullShape does, and
     /// BAttributeDataException for values that can not be written; the null-shape record stands
-    /// then.
+    /// then, so that whatever is written behind it has the row of the record before.
     virtual void WriteFeature(BSharedPtr<BFeature> const& feature);
-    /// Appends a null-shape record with its index entry. Throws BReadWriteMismatchException, or
+    /// Appends a null-shape record with its index entry, and no row to the table: whoever reads
+    /// such a record with its attributes gets BIndexOutOfBoundsException. A table that was never
+    /// prepared can not be read at all. Throws BReadWriteMismatchException, or
     /// BNotOpenException after a failed Open.
     virtual void WriteNullShape();
 
@@ -86,7 +88,6 @@ public:
     BString const& GetFileName() const noexcept { return fileName; } ///< full path of the main file
     BSharedPtr<BCoordSys> const& GetCoordSys() const noexcept { return coordSys; }
     BSharedPtr<BDbfFile> const& GetDbfFile() const noexcept { return dbfFile; }
-    std::uint32_t GetMode() const noexcept { return mode; }
     std::uint32_t GetRecordCount() const noexcept { return recordCount; }
     std::uint32_t GetShapeType() const noexcept { return shapeType; }
     bool HasZ() const noexcept { return hasZ; }
@@ -116,7 +117,10 @@ public:
     BSharedPtr<BFeature> Read(std::uint32_t index, RecordContent content, bool complete,
                               bool useOwnHandle);
 
-    /// Reads one record as a feature through handles of its own.
+    /// Reads one record as a feature through handles of its own. `complete`: with format, record
+    /// number, attributes and attribute Z. Throws BFileNotFoundException for a file that is gone,
+    /// BResourceException or std::bad_alloc where memory ends, and as Read does. Any failure but a
+    /// wrong index lets go of the index in memory, and of the shared record buffer.
     BSharedPtr<BFeature> ReadFeature(std::uint64_t index, bool complete);
     /// The stored rectangle of a record: a point's position, the box of the other types; empty for
     /// null, multipatch and unknown types and where the content is too short for it.

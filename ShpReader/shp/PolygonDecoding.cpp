@@ -66,35 +66,27 @@ Ring ReadRing(VertexRecord const& record, std::size_t first, std::size_t count, 
 /// clockwise and holes the other way, but not which hole belongs to which shell. Here a ring
 /// becomes a hole only of the shell that was started last, and only while the ring just before it
 /// was that shell or one of its holes; any other ring that is not clockwise is turned and starts a
-/// group.
+/// group that takes no holes.
 class RingSorter {
 public:
     explicit RingSorter(RingGroups& newGroups) noexcept : groups(newGroups) {}
 
     void Add(Ring&& ring) {
         if (ring->GetOrientation() == ORIENTATION_CLOCKWISE) {
-            StartGroup(std::move(ring));
-            afterShell = true;
-        } else if ((afterShell || afterHole) && groups.LastShell().Contains(ring->GetPoints())) {
+            groups.StartGroup(std::move(ring));
+            takesHoles = true;
+        } else if (takesHoles && groups.LastShell().Contains(ring->GetPoints())) {
             groups.AddHole(std::move(ring));
-            afterShell = false;
-            afterHole = true;
         } else {
             ring->SetOrientation(ORIENTATION_CLOCKWISE);
-            StartGroup(std::move(ring));
+            groups.StartGroup(std::move(ring));
+            takesHoles = false;
         }
     }
 
 private:
-    void StartGroup(Ring&& ring) {
-        groups.StartGroup(std::move(ring));
-        afterShell = false;
-        afterHole = false;
-    }
-
     RingGroups& groups;
-    bool afterShell = false; ///< the ring just handled was a clockwise shell
-    bool afterHole = false;  ///< the ring just handled was accepted as a hole
+    bool takesHoles = false; ///< the shell that was started last: it was clockwise in the file
 };
 
 void ReadRings(std::uint32_t index, VertexRecord const& record, bool is3d, RingGroups& groups) {

@@ -50,14 +50,15 @@ ShpIndexEntry RecordAccess::FindEntry(std::uint32_t recordIndex) {
         }
         index.emplace(*indexHandle, indexHandle->GetSize(), largestPiece);
     }
-    index->Read(ShpIndexEntry::PositionOf(recordIndex), entry.data(), entry.size(), entry.size());
-    return ShpIndexEntry::Decode(entry.data());
+    std::size_t const read = index->Read(ShpIndexEntry::PositionOf(recordIndex), entry.data(),
+                                         entry.size(), entry.size());
+    return read == entry.size() ? ShpIndexEntry::Decode(entry.data()) : ShpIndexEntry{};
 }
 
 ShpRecordHeader RecordAccess::ReadHeader(std::int64_t position, std::size_t expected) {
     std::array<std::uint8_t, ShpRecordHeader::size> header{};
-    main.Read(position, header.data(), header.size(), expected);
-    return ShpRecordHeader::Decode(header.data());
+    std::size_t const read = main.Read(position, header.data(), header.size(), expected);
+    return read == header.size() ? ShpRecordHeader::Decode(header.data()) : ShpRecordHeader{};
 }
 
 std::uint64_t RecordAccess::BytesBehind(std::int64_t position) const noexcept {

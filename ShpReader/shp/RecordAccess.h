@@ -50,10 +50,10 @@ public:
                  std::shared_ptr<IndexCopy const> newIndexCopy, BInputFile const* newIndexHandle,
                  BString const& newIndexPath, std::size_t piece);
 
-    /// The entry of record `index`; zeros where the file does not hold it. Throws
+    /// The entry of record `index`; zeros where the file does not hold it whole. Throws
     /// BFileNotFoundException ("BShpFile::ReadRecord", the path of the index).
     ShpIndexEntry FindEntry(std::uint32_t index);
-    /// Zeros where the file does not hold it. `expected`: as ReadAhead has it.
+    /// Zeros where the file does not hold it whole. `expected`: as ReadAhead has it.
     ShpRecordHeader ReadHeader(std::int64_t position, std::size_t expected);
     /// Copies record content; returns how many bytes there were.
     std::size_t ReadContent(std::int64_t position, std::uint8_t* destination, std::size_t size) {

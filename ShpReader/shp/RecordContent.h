@@ -35,7 +35,6 @@ public:
     bool Holds(std::uint64_t offset, std::uint64_t count) const noexcept {
         return offset <= size && count <= size - offset;
     }
-    std::size_t GetSize() const noexcept { return size; }
     /// Why a content that is too short is so.
     RecordFault WhyShort() const noexcept { return missingBecause; }
 

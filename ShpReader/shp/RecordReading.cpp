@@ -66,7 +66,9 @@ RecordContent BShpFile::ReadRecord(std::uint32_t index, RecordAccess& access, Co
     }
     access.contentBudget -= size;
     if (wanted > 0 && size == 0) {
-        if (reuseBuffers) { // that of a record of some bytes, for those of no bytes behind it
+        // Its bytes are missing, but it was to have some: the shared buffer comes into being with
+        // it. Where there is no memory for that, the next record tells.
+        if (reuseBuffers) {
             buffer.Provide(shapeTypeSize);
         }
         return RecordContent(RecordFault::TooShort);

@@ -68,13 +68,10 @@ constexpr std::size_t partPointCount = 40;
 constexpr std::size_t partStarts = 44;
 } // namespace ContentOffset
 
-constexpr std::uint64_t doubleSize = 8;
-constexpr std::uint64_t pointSize = 16;
-static_assert(mostBytesWithBounds == ContentOffset::boxYMax + doubleSize);
-constexpr std::uint64_t partStartSize = 4;
+static_assert(mostBytesWithBounds == ContentOffset::boxYMax + shpDoubleSize);
 
 double LoadDouble(std::uint8_t const* bytes) noexcept {
-    return RecordContent(bytes, doubleSize).ReadDouble(0);
+    return RecordContent(bytes, shpDoubleSize).ReadDouble(0);
 }
 
 } // namespace
@@ -182,14 +179,14 @@ std::optional<RecordBounds> ReadBounds(RecordContent content) noexcept {
         return std::nullopt;
     }
     if (type->layout == ShapeLayout::Point) {
-        if (!content.Holds(ContentOffset::pointX, pointSize)) {
+        if (!content.Holds(ContentOffset::pointX, shpPointSize)) {
             return std::nullopt;
         }
         double const x = content.ReadDouble(ContentOffset::pointX);
         double const y = content.ReadDouble(ContentOffset::pointY);
         return RecordBounds{x, y, x, y};
     }
-    if (!content.Holds(ContentOffset::boxXMin, 4 * doubleSize)) {
+    if (!content.Holds(ContentOffset::boxXMin, 4 * shpDoubleSize)) {
         return std::nullopt;
     }
     return RecordBounds{
@@ -200,18 +197,18 @@ std::optional<RecordBounds> ReadBounds(RecordContent content) noexcept {
 PointRecord PointRecord::Decode(RecordContent content, bool fileHasZ,
                                 bool fileHasMeasures) noexcept {
     PointRecord record;
-    if (!content.Holds(ContentOffset::pointX, pointSize)) {
+    if (!content.Holds(ContentOffset::pointX, shpPointSize)) {
         record.fault = content.WhyShort();
         return record;
     }
     record.x = content.ReadDouble(ContentOffset::pointX);
     record.y = content.ReadDouble(ContentOffset::pointY);
-    if (fileHasZ && content.Holds(ContentOffset::pointZ, doubleSize)) {
+    if (fileHasZ && content.Holds(ContentOffset::pointZ, shpDoubleSize)) {
         record.z = content.ReadDouble(ContentOffset::pointZ);
     }
     std::size_t const measure =
         fileHasZ ? ContentOffset::pointMeasureBehindZ : ContentOffset::pointMeasure;
-    if ((fileHasZ || fileHasMeasures) && content.Holds(measure, doubleSize)) {
+    if ((fileHasZ || fileHasMeasures) && content.Holds(measure, shpDoubleSize)) {
         record.measure = content.ReadDouble(measure);
     }
     return record;
@@ -249,8 +246,8 @@ void VertexRecord::Locate(std::size_t countsEnd, std::int64_t newPartCount,
     // Both counts are of 31 bits, so no sum below comes near the end of 64.
     auto const parts = static_cast<std::uint64_t>(newPartCount);
     auto const vertices = static_cast<std::uint64_t>(newPointCount);
-    std::uint64_t const pointsAt = countsEnd + partStartSize * parts;
-    std::uint64_t const pointsEnd = pointsAt + pointSize * vertices;
+    std::uint64_t const pointsAt = countsEnd + shpPartStartSize * parts;
+    std::uint64_t const pointsEnd = pointsAt + shpPointSize * vertices;
     if (newPartCount < 0 || newPointCount < 0 || !content.Holds(0, pointsEnd)) {
         fault = RecordFault::CountsDoNotFit;
         return;
@@ -259,7 +256,7 @@ void VertexRecord::Locate(std::size_t countsEnd, std::int64_t newPartCount,
     pointCount = vertices;
     partStarts = countsEnd;
     points = pointsAt;
-    std::uint64_t const blockSize = rangeSize + doubleSize * vertices;
+    std::uint64_t const blockSize = rangeSize + shpDoubleSize * vertices;
     if (fileHasZ && content.Holds(pointsEnd, blockSize)) {
         zBlock = pointsEnd;
     }

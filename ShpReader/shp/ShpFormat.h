@@ -14,6 +14,12 @@
 /// makes a geometry.
 namespace Ambrel {
 
+/// Lengths and offsets are in 16-bit words.
+constexpr std::uint32_t shpBytesPerWord = 2;
+constexpr std::size_t shpDoubleSize = 8;
+constexpr std::size_t shpPointSize = 16; ///< X and Y
+constexpr std::size_t shpPartStartSize = 4;
+
 /// How the records of a shape type are laid out.
 enum class ShapeLayout : std::uint8_t { Null, Point, MultiPoint, Polyline, Polygon, MultiPatch };
 
@@ -104,10 +110,10 @@ struct ShpIndexEntry {
     /// The entries in an index file of `fileSize` bytes; a partial last one does not count.
     static std::uint32_t CountIn(std::uint32_t fileSize) noexcept;
     /// Where the record header stands in the main file, in bytes; negative for a negative offset.
-    std::int64_t RecordPosition() const noexcept { return 2 * std::int64_t{offset}; }
+    std::int64_t RecordPosition() const noexcept { return std::int64_t{shpBytesPerWord} * offset; }
     /// Bytes of record content; a negative length stands for what its 32 bits, doubled, say.
     std::uint32_t ContentSize() const noexcept {
-        return 2 * static_cast<std::uint32_t>(contentLength);
+        return shpBytesPerWord * static_cast<std::uint32_t>(contentLength);
     }
 };
 
@@ -162,35 +168,37 @@ public:
 
     /// The index of the first vertex of `part`, as stored.
     std::int32_t PartStart(std::size_t part) const noexcept {
-        return content.ReadI32(partStarts + 4 * part);
+        return content.ReadI32(partStarts + shpPartStartSize * part);
     }
     /// The vertices of `part`: the next part's start, or the end, minus its own start.
     /// REQUIRES: CheckPartStarts() is None.
     std::size_t PartSize(std::size_t part) const noexcept;
 
-    double X(std::size_t vertex) const noexcept { return content.ReadDouble(points + 16 * vertex); }
+    double X(std::size_t vertex) const noexcept {
+        return content.ReadDouble(points + shpPointSize * vertex);
+    }
     double Y(std::size_t vertex) const noexcept {
-        return content.ReadDouble(points + 16 * vertex + 8);
+        return content.ReadDouble(points + shpPointSize * vertex + shpDoubleSize);
     }
     /// REQUIRES, for the Z operations: HasZ(). Ranges are (minimum, maximum), as stored.
     double Z(std::size_t vertex) const noexcept {
-        return content.ReadDouble(zBlock + rangeSize + 8 * vertex);
+        return content.ReadDouble(zBlock + rangeSize + shpDoubleSize * vertex);
     }
     std::pair<double, double> ZRange() const noexcept { return Range(zBlock); }
     /// REQUIRES, for the measure operations: HasMeasures().
     double Measure(std::size_t vertex) const noexcept {
-        return content.ReadDouble(measureBlock + rangeSize + 8 * vertex);
+        return content.ReadDouble(measureBlock + rangeSize + shpDoubleSize * vertex);
     }
     std::pair<double, double> MeasureRange() const noexcept { return Range(measureBlock); }
 
 private:
-    static constexpr std::size_t rangeSize = 16;
+    static constexpr std::size_t rangeSize = 2 * shpDoubleSize;
 
     explicit VertexRecord(RecordContent newContent) noexcept : content(newContent) {}
     void Locate(std::size_t countsEnd, std::int64_t newPartCount, std::int64_t newPointCount,
                 bool fileHasZ, bool fileHasMeasures) noexcept;
     std::pair<double, double> Range(std::size_t block) const noexcept {
-        return {content.ReadDouble(block), content.ReadDouble(block + 8)};
+        return {content.ReadDouble(block), content.ReadDouble(block + shpDoubleSize)};
     }
 
     RecordContent content;

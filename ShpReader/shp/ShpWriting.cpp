@@ -14,9 +14,8 @@ namespace Ambrel {
 
 namespace {
 
-constexpr std::uint32_t bytesPerWord = 2;
 /// A null shape consists of its shape type alone.
-constexpr std::uint32_t nullShapeLength = shapeTypeSize / bytesPerWord;
+constexpr std::uint32_t nullShapeLength = shapeTypeSize / shpBytesPerWord;
 constexpr char const* headerOperation = "BShpFile::WriteHeader";
 
 /// The file that names the character set of the table's text.
@@ -47,7 +46,7 @@ void BShpFile::WriteNullShape() {
     RequireMode(writeMode, "BShpFile::WriteNullShape");
     RequireOutputs("BShpFile::WriteNullShape");
     BLogger::Instance()->WriteLine(LOG_DETAIL, "SHP-WRITER: Writing NULL shape.");
-    std::uint32_t const offset = static_cast<std::uint32_t>(mainFile->pos()) / bytesPerWord;
+    std::uint32_t const offset = static_cast<std::uint32_t>(mainFile->pos()) / shpBytesPerWord;
     ++recordCount;
 
     // The shape type of a null shape is 0.
@@ -92,7 +91,7 @@ void BShpFile::FinishHeader(QFile& handle) {
     RequireMode(writeMode, headerOperation);
     ShpFileHeader header = MakeHeader();
     handle.flush();
-    header.fileLength = static_cast<std::uint32_t>(handle.size()) / bytesPerWord;
+    header.fileLength = static_cast<std::uint32_t>(handle.size()) / shpBytesPerWord;
     header.xMin = extent.xMin;
     header.yMin = extent.yMin;
     header.xMax = extent.xMax;

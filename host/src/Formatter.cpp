@@ -215,7 +215,8 @@ std::string RealDigits(Conversion const& conversion, double magnitude) {
             : std::to_chars(begin, end, magnitude, format,
                             conversion.precision < 0 ? 6 : conversion.precision);
     digits.resize(static_cast<std::size_t>(result.ptr - begin));
-    if (conversion.alternative && digits.find('.') == std::string::npos) {
+    bool const isGeneral = (conversion.letter | 0x20) == 'g'; // for which '#' does nothing
+    if (conversion.alternative && !isGeneral && digits.find('.') == std::string::npos) {
         digits.insert(std::min(digits.find_first_of("ep"), digits.size()), 1, '.');
     }
     return digits;

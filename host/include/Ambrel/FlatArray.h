@@ -81,15 +81,6 @@ public:
         return first;
     }
 
-    /// REQUIRES: index < Count().
-    void Erase(std::size_t index) noexcept {
-        for (std::size_t i = index; i + 1 < Count(); ++i) {
-            (*this)[i] = std::move((*this)[i + 1]);
-        }
-        std::destroy_at(end() - 1);
-        --block->count;
-    }
-
     /// Removes the elements and keeps the room.
     void Clear() noexcept {
         if (block) {
