@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cstddef>
 #include <cstdlib>
 #include <new>
 
@@ -23,8 +24,11 @@ bool ShallFail() noexcept {
     return true;
 }
 
-void* Give(std::size_t size) noexcept {
-    void* const block = ShallFail() ? nullptr : std::malloc(std::max<std::size_t>(size, 1));
+void* Give(std::size_t size, std::size_t alignment = alignof(std::max_align_t)) noexcept {
+    // aligned_alloc wants whole multiples.
+    std::size_t const whole =
+        (std::max<std::size_t>(size, 1) + alignment - 1) / alignment * alignment;
+    void* const block = ShallFail() ? nullptr : std::aligned_alloc(alignment, whole);
     if (block) {
         ++blocks;
         std::size_t const now = bytes += malloc_usable_size(block);
@@ -44,6 +48,7 @@ void TakeBack(void* block) noexcept {
 } // namespace
 
 // Those that are not here call one of these. The sanitizers have the forms for arrays of their own.
+// Without them small objects come from pools, of which the chunks alone are seen here.
 void* operator new(std::size_t size) {
     if (void* const block = Give(size)) {
         return block;
@@ -58,6 +63,18 @@ void* operator new(std::size_t size, std::nothrow_t const&) noexcept {
 }
 void* operator new[](std::size_t size, std::nothrow_t const&) noexcept {
     return Give(size);
+}
+void* operator new(std::size_t size, std::align_val_t alignment) {
+    if (void* const block = Give(size, static_cast<std::size_t>(alignment))) {
+        return block;
+    }
+    throw std::bad_alloc();
+}
+void operator delete(void* block, std::align_val_t) noexcept {
+    TakeBack(block);
+}
+void operator delete(void* block, std::size_t, std::align_val_t) noexcept {
+    TakeBack(block);
 }
 void operator delete(void* block) noexcept {
     TakeBack(block);
