@@ -93,6 +93,12 @@ void BString::DecodeByDefault(char const* text, std::size_t size) {
         AssignUtf8(text, size);
         return;
     }
+    // As a field of a table cuts what is too long for it. The characters before tell what it is.
+    std::string_view const whole = Unicode::WithoutCutCharacter({text, size});
+    if (whole.size() < size && !Unicode::IsAscii(whole) && Unicode::IsValidUtf8(whole)) {
+        AssignUtf8(text, whole.size());
+        return;
+    }
     std::string const utf8 = Unicode::FromWindows1252({text, size});
     AssignUtf8(utf8.data(), utf8.size());
 }

@@ -109,6 +109,26 @@ bool IsValidUtf8(std::string_view text) noexcept {
     }
 }
 
+std::string_view WithoutCutCharacter(std::string_view text) noexcept {
+    constexpr std::size_t mostTails = 3;
+    std::size_t tails = 0;
+    while (tails < std::min(text.size(), mostTails) &&
+           (static_cast<unsigned char>(text[text.size() - 1 - tails]) & 0xC0) == 0x80) {
+        ++tails;
+    }
+    if (tails == text.size()) {
+        return text;
+    }
+    std::size_t const start = text.size() - 1 - tails;
+    auto const lead = static_cast<unsigned char>(text[start]);
+    std::size_t const wanted = lead >= 0xF0 ? 3 : lead >= 0xE0 ? 2 : lead >= 0xC0 ? 1 : 0;
+    return wanted > tails ? text.substr(0, start) : text;
+}
+
+bool IsAscii(std::string_view text) noexcept {
+    return AsciiPrefix(text) == text.size();
+}
+
 std::string FromWindows1252(std::string_view text) {
     std::string utf8;
     utf8.reserve(text.size() + text.size() / 2);

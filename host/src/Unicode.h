@@ -11,6 +11,9 @@ namespace Ambrel::Unicode {
 
 /// Well-formed as the Unicode Standard's table 3-7 has it: no overlong forms, no surrogates.
 bool IsValidUtf8(std::string_view text) noexcept;
+/// The text up to a character at its end of which bytes are missing; all of it where there is none.
+std::string_view WithoutCutCharacter(std::string_view text) noexcept;
+bool IsAscii(std::string_view text) noexcept;
 std::string FromWindows1252(std::string_view text);
 std::string FromWide(std::wstring_view text);
 /// REQUIRES: `utf8` is valid. The result is NUL-terminated.

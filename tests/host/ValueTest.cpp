@@ -13,6 +13,15 @@ TEST(ValueTest, DecodesTextByItsBytesOrByTheCodecThatIsSet) {
     EXPECT_EQ(BString("d\xC3\xA9j\xC3\xA0").Utf8(), "d\xC3\xA9j\xC3\xA0");
     EXPECT_EQ(BString("d\xE9j\xE0 \x80").Utf8(), "d\xC3\xA9j\xC3\xA0 \xE2\x82\xAC")
         << "Windows-1252";
+    // Cut by a field's width: told from Windows-1252 by the characters before.
+    EXPECT_EQ(BString("\xE6\x97\xA5\xE6\x9C").Utf8(), "\xE6\x97\xA5");
+    EXPECT_EQ(BString("\xC3\xA9"
+                      "a\xF0\x9F\x98")
+                  .Utf8(),
+              "\xC3\xA9"
+              "a");
+    EXPECT_EQ(BString("caf\xE9").Utf8(), "caf\xC3\xA9");
+    EXPECT_EQ(BString("\xC3\xA9\xA9").Utf8(), "\xC3\x83\xC2\xA9\xC2\xA9");
     // Overlong forms, surrogates and what lies beyond Unicode are not UTF-8.
     for (char const* const text : {"\xC0\x80", "\xED\xA0\x80", "\xF4\x90\x80\x80", "\xE2\x82"}) {
         EXPECT_EQ(static_cast<unsigned char>(BString(text).Ascii()[0]) & 0xE0U, 0xC0U);
@@ -52,6 +61,7 @@ TEST(ValueTest, FormatsLikePrintf) {
           -2.5);
     check("%f %F %5.1f", INFINITY, -INFINITY, std::copysign(0.0, -1));
     check("%s|%8s|%-8s|%.2s", "text", "text", "text", "text");
+    EXPECT_EQ(BString::Format("%#g", 5.0).Utf8(), "5");
     std::string const otherSpelling = "%*I64i"; // Compilers here know "%*lli" alone.
     EXPECT_EQ(BString::Format(otherSpelling.c_str(), 5, 42LL).Utf8(), "   42");
 }

@@ -19,7 +19,9 @@ namespace Ambrel {
 ///
 /// The text is held decoded, as UTF-8; its wide form is made when it is first asked for. 8-bit text
 /// is decoded when the string is made: with the codec that the application set (SetCodec), else as
-/// UTF-8 where the bytes are valid UTF-8 and as Windows-1252 where they are not.
+/// UTF-8 where the bytes are valid UTF-8 and as Windows-1252 where they are not. A character that
+/// is cut at the end of UTF-8 is left out; where all before it is ASCII, nobody knows that it is
+/// one.
 ///
 /// Strings may be read and copied by several threads at once; one object is changed by one thread
 /// at a time. Everything that allocates may throw std::bad_alloc; texts are limited to 2 GiB
