@@ -16,7 +16,7 @@ class ImageRenderer final : public BRenderer {
 public:
     ImageRenderer(int width, int height, BRect const& area, EGeometryClass geometryClass)
         : image(width, height, QImage::Format_ARGB32_Premultiplied), painter(&image),
-          window(area, width, height, 0),
+          window(area, width, height, 0, area),
           renderer(painter, &image, window, Tool::DefaultStyle(geometryClass)) {
         image.fill(Qt::white);
     }
@@ -48,7 +48,8 @@ private:
 
 class BlindRenderer final : public BRenderer {
 public:
-    BlindRenderer(int width, int height, BRect const& area) : window(area, width, height, 0) {}
+    BlindRenderer(int width, int height, BRect const& area)
+        : window(area, width, height, 0, area) {}
 
     bool ConvertMapToWindow(double& x, double& y) const override {
         window.ToWindow(x, y);

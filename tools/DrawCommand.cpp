@@ -83,11 +83,15 @@ BRect ExtentOf(Layers const& layers) {
     for (Drawn const& layer : layers) {
         extent.Union(layer.extent);
     }
-    if (extent.IsEmpty()) {
+    return extent;
+}
+
+BRect WhatToShow(DrawOptions const& options, BRect const& extent) {
+    if (!options.window && extent.IsEmpty()) {
         throw BDataManagerException(BString::FromUtf8("draw"),
                                     BString::FromUtf8("nothing to draw; see --bbox"));
     }
-    return extent;
+    return options.window ? *options.window : extent;
 }
 
 LayerStyle StyleOf(Drawn const& layer, std::vector<StyleRule> const& rules) {
@@ -135,8 +139,9 @@ int RunDraw(Console& console, DrawOptions const& options) {
         return EXIT_PROBLEM;
     }
     RefuseUnknownLayers(options.styles, layers);
-    MapWindow const window(options.window ? *options.window : ExtentOf(layers), options.width,
-                           options.height, options.window ? 0.0 : margin);
+    BRect const extent = ExtentOf(layers);
+    MapWindow const window(WhatToShow(options, extent), options.width, options.height,
+                           options.window ? 0.0 : margin, extent);
     OutputFile output(console, options.output);
     QPainter painter(&picture->Device());
     for (Drawn const& layer : layers) {

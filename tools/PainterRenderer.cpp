@@ -1,15 +1,13 @@
 #include "PainterRenderer.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <cstdlib>
 
 namespace Ambrel::Tool {
 
 namespace {
 
-constexpr double pixel = MapWindow::unitsPerPixel;
-/// Vertices nearer than this to the last one drawn can not be told from it.
-constexpr int tolerance = MapWindow::unitsPerPixel / 2;
 /// Wider lines show their joins.
 constexpr double thinWidth = 2.0; // pixels
 
@@ -35,16 +33,22 @@ void ForEachPart(int count, int const* partStarts, int partCount, Draw&& draw) {
     }
 }
 
+/// Whether the coordinates differ by less than so many units.
+bool AreNear(int a, int b, int units) {
+    return std::abs(std::int64_t{a} - b) < units;
+}
+
 /// Whether it is smaller than a pixel.
-bool IsTiny(Gdiplus::Point const* points, int count) {
+bool IsTiny(Gdiplus::Point const* points, int count, int unitsPerPixel) {
     auto const isNear = [=](Gdiplus::Point const& point) {
-        return std::abs(point.X - points->X) < MapWindow::unitsPerPixel &&
-               std::abs(point.Y - points->Y) < MapWindow::unitsPerPixel;
+        return AreNear(point.X, points->X, unitsPerPixel) &&
+               AreNear(point.Y, points->Y, unitsPerPixel);
     };
     return std::all_of(points, points + count, isNear);
 }
 
-QRectF BoundsOf(Gdiplus::Point const* points, int count) {
+/// In pixels.
+QRectF BoundsOf(Gdiplus::Point const* points, int count, double pixel) {
     auto const isLeft = [](auto const& a, auto const& b) { return a.X < b.X; };
     auto const isAbove = [](auto const& a, auto const& b) { return a.Y < b.Y; };
     auto const [left, right] = std::minmax_element(points, points + count, isLeft);
@@ -58,7 +62,7 @@ QRectF BoundsOf(Gdiplus::Point const* points, int count) {
 PainterRenderer::PainterRenderer(QPainter& newPainter, QImage* newImage, MapWindow const& newWindow,
                                  LayerStyle const& newStyle)
     : painter(newPainter), image(newImage), window(newWindow), style(newStyle),
-      dot(newStyle.color, newStyle.width) {
+      pixel(window.UnitsPerPixel()), dot(newStyle.color, newStyle.width) {
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setPen(PenOf(style));
     painter.setBrush(style.fill.isValid() ? QBrush(style.fill) : QBrush(Qt::NoBrush));
@@ -97,13 +101,15 @@ bool PainterRenderer::DrawPoints(Gdiplus::PointF const* points, int count) const
 
 /// The vertices in pixels, without those that can not be told from their neighbours.
 QPolygonF const& PainterRenderer::Simplify(Gdiplus::Point const* points, int count) const {
+    // Vertices nearer than this to the last one drawn can not be told from it.
+    int const tolerance = window.UnitsPerPixel() / 2;
     vertices.resize(0);
     Gdiplus::Point kept = points[0];
     vertices.append(QPointF(kept.X / pixel, kept.Y / pixel));
     for (int i = 1; i < count; ++i) {
         Gdiplus::Point const& point = points[i];
         bool const isFar =
-            std::abs(point.X - kept.X) >= tolerance || std::abs(point.Y - kept.Y) >= tolerance;
+            !AreNear(point.X, kept.X, tolerance) || !AreNear(point.Y, kept.Y, tolerance);
         if (isFar || i + 1 == count) {
             vertices.append(QPointF(point.X / pixel, point.Y / pixel));
             kept = point;
@@ -115,7 +121,7 @@ QPolygonF const& PainterRenderer::Simplify(Gdiplus::Point const* points, int cou
 bool PainterRenderer::DrawPolyline(Gdiplus::Point const* points, int count, int const* partStarts,
                                    int partCount) const {
     ForEachPart(count, partStarts, partCount, [&](int first, int size) {
-        if (IsTiny(points + first, size)) {
+        if (IsTiny(points + first, size, window.UnitsPerPixel())) {
             DrawDot(points[first].X / pixel, points[first].Y / pixel);
         } else {
             painter.drawPolyline(Simplify(points + first, size));
@@ -126,8 +132,8 @@ bool PainterRenderer::DrawPolyline(Gdiplus::Point const* points, int count, int 
 
 bool PainterRenderer::DrawPolygon(Gdiplus::Point const* points, int count, int const* partStarts,
                                   int partCount) const {
-    if (count > 0 && IsTiny(points, count)) {
-        painter.fillRect(BoundsOf(points, count), painter.brush());
+    if (count > 0 && IsTiny(points, count, window.UnitsPerPixel())) {
+        painter.fillRect(BoundsOf(points, count, pixel), painter.brush());
         DrawDot(points->X / pixel, points->Y / pixel);
         return true;
     }

@@ -37,6 +37,7 @@ private:
     QImage* image;
     MapWindow const& window;
     LayerStyle style;
+    double pixel; ///< in window units
     DotSprite dot;
     mutable QPolygonF vertices; ///< kept, like the path, for its room
     mutable QPainterPath path;

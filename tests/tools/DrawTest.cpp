@@ -47,6 +47,10 @@ TEST_F(Draw, PaintsRecordsWhereTheyLieAndInTheirStyle) {
          {{60, 10, red}, {35, 110, red}, {85, 110, red}}},
         {ShapefileBuilder(1).Point(7, 7), "--style color=red", {{60, 60, red}, {54, 60, white}}},
         {ShapefileBuilder(8).MultiPoint({{7, 0}, {7, 10}}), dots, {{60, 10, red}, {60, 110, red}}},
+        // A line that leaves a small window far behind keeps its direction.
+        {ShapefileBuilder(3).Polyline({{{-100, -50}, {100, 50}}}),
+         "--bbox=-0.00001,-0.00001,0.00001,0.00001 --style color=red,width=5",
+         {{3, 88, red}, {60, 60, red}, {116, 32, red}, {3, 116, white}, {116, 3, white}}},
         // Areas have holes whichever way their rings are turned.
         {ShapefileBuilder(5).Polygon({Square(10, 90), Square(30, 70)}),
          inPixels + "fill=red,color=#0000ff,width=2",
