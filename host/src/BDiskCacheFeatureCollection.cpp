@@ -104,7 +104,7 @@ void BDiskCacheFeatureCollection::FromByteArray(BByteArray const& bytes, std::ui
     BGeometryCounts counts;
     while (BSharedPtr<BFeature> const feature = reader.Next()) {
         read->Add(*feature);
-        CountGeometry(counts, feature->GetGeometry().Get(), true);
+        CountGeometry(counts, TypeOf(feature->GetGeometry().Get()), true);
     }
     store = std::move(read);
     geometryCounts = std::move(counts);
@@ -125,14 +125,14 @@ void BDiskCacheFeatureCollection::Add(BSharedPtr<BFeature> const& feature) {
 
 void BDiskCacheFeatureCollection::Add(BFeature const& feature) {
     store->Add(feature);
-    CountGeometry(geometryCounts, feature.GetGeometry().Get(), true);
+    CountGeometry(geometryCounts, TypeOf(feature.GetGeometry().Get()), true);
 }
 
 void BDiskCacheFeatureCollection::Remove(std::uint64_t index) {
     RequireIndexBelow("BDiskCacheFeatureCollection::Remove", index, store->Count());
     BSharedPtr<BGeometry> const former = store->ReadGeometry(index);
     store->Remove(index);
-    CountGeometry(geometryCounts, former.Get(), false);
+    CountGeometry(geometryCounts, TypeOf(former.Get()), false);
 }
 
 BSharedPtr<BFeature> BDiskCacheFeatureCollection::Release(std::uint64_t index) {
@@ -171,8 +171,8 @@ void BDiskCacheFeatureCollection::SetAt(std::uint64_t index, BSharedPtr<BFeature
     RequireFeature("BDiskCacheFeatureCollection::SetAt", feature);
     BSharedPtr<BGeometry> const former = store->ReadGeometry(index);
     store->Replace(index, *feature);
-    CountGeometry(geometryCounts, former.Get(), false);
-    CountGeometry(geometryCounts, feature->GetGeometry().Get(), true);
+    CountGeometry(geometryCounts, TypeOf(former.Get()), false);
+    CountGeometry(geometryCounts, TypeOf(feature->GetGeometry().Get()), true);
 }
 
 void BDiskCacheFeatureCollection::Clear() {

@@ -30,6 +30,7 @@ void BMemoryFeatureCollection::FromByteArray(BByteArray const& bytes, std::uint6
         read.Add(feature);
     }
     features.swap(read.features);
+    countedTypes.swap(read.countedTypes);
     std::swap(geometryCounts, read.geometryCounts);
     position = reader.Position();
 }
@@ -40,8 +41,12 @@ BSharedPtr<BFeature> const& BMemoryFeatureCollection::At(char const* operation,
     return features[index];
 }
 
-void BMemoryFeatureCollection::Count(BFeature const& feature, bool added) {
-    CountGeometry(geometryCounts, feature.GetGeometry().Get(), added);
+void BMemoryFeatureCollection::Recount() {
+    geometryCounts = BGeometryCounts();
+    for (std::size_t i = 0; i < features.size(); ++i) {
+        countedTypes[i] = TypeOf(features[i]->GetGeometry().Get());
+        CountGeometry(geometryCounts, countedTypes[i], true);
+    }
 }
 
 void BMemoryFeatureCollection::Add(BFeatureCollection const& other) {
@@ -53,8 +58,15 @@ void BMemoryFeatureCollection::Add(BFeatureCollection const& other) {
 
 void BMemoryFeatureCollection::Add(BSharedPtr<BFeature> const& feature) {
     RequireFeature("BMemoryFeatureCollection::Add", feature);
-    features.push_back(feature);
-    Count(*feature, true);
+    EGeometryType const type = TypeOf(feature->GetGeometry().Get());
+    countedTypes.push_back(type);
+    try {
+        features.push_back(feature);
+    } catch (...) {
+        countedTypes.pop_back();
+        throw;
+    }
+    CountGeometry(geometryCounts, type, true);
 }
 
 void BMemoryFeatureCollection::Add(BFeature const& feature) {
@@ -62,8 +74,11 @@ void BMemoryFeatureCollection::Add(BFeature const& feature) {
 }
 
 void BMemoryFeatureCollection::Remove(std::uint64_t index) {
-    Count(*At("BMemoryFeatureCollection::Remove", index), false);
-    features.erase(features.begin() + static_cast<std::ptrdiff_t>(index));
+    RequireIndexBelow("BMemoryFeatureCollection::Remove", index, features.size());
+    auto const place = static_cast<std::ptrdiff_t>(index);
+    CountGeometry(geometryCounts, countedTypes[index], false);
+    countedTypes.erase(countedTypes.begin() + place);
+    features.erase(features.begin() + place);
 }
 
 BSharedPtr<BFeature> BMemoryFeatureCollection::Release(std::uint64_t index) {
@@ -95,18 +110,21 @@ BSharedPtr<BGeometry> BMemoryFeatureCollection::GetGeometryAt(std::uint64_t inde
 void BMemoryFeatureCollection::SetAt(std::uint64_t index, BSharedPtr<BFeature> const& feature) {
     RequireIndexBelow("BMemoryFeatureCollection::SetAt", index, features.size());
     RequireFeature("BMemoryFeatureCollection::SetAt", feature);
-    Count(*features[index], false);
-    Count(*feature, true);
+    CountGeometry(geometryCounts, countedTypes[index], false);
+    countedTypes[index] = TypeOf(feature->GetGeometry().Get());
+    CountGeometry(geometryCounts, countedTypes[index], true);
     features[index] = feature;
 }
 
 void BMemoryFeatureCollection::Clear() {
     features.clear();
+    countedTypes.clear();
     geometryCounts = BGeometryCounts();
 }
 
 void BMemoryFeatureCollection::Reserve(std::uint64_t count) {
     features.reserve(count);
+    countedTypes.reserve(count);
 }
 
 void BMemoryFeatureCollection::TransformAll(BTransform const& transform, bool reverse,
@@ -151,6 +169,7 @@ void BMemoryFeatureCollection::Sort(std::uint64_t attributeIndex, bool ascending
     for (std::size_t i = 0; i < keyed.size(); ++i) {
         features[i].Swap(keyed[i].second);
     }
+    Recount();
 }
 
 BRect const& BMemoryFeatureCollection::GetFeatureMBRAt(std::uint64_t index) const {

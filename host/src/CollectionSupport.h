@@ -29,15 +29,18 @@ inline void RequireFeature(char const* operation, BSharedPtr<BFeature> const& fe
     }
 }
 
+inline EGeometryType TypeOf(BGeometry const* geometry) noexcept {
+    return geometry ? geometry->type : GEO_NONE;
+}
+
 /// Counts a geometry that was added to the collection, or is removed from it. None counts nowhere.
-inline void CountGeometry(BGeometryCounts& counts, BGeometry const* geometry, bool added) {
-    if (!geometry) {
+inline void CountGeometry(BGeometryCounts& counts, EGeometryType type, bool added) {
+    if (type == GEO_NONE) {
         return;
     }
     auto const changed = [added](std::uint64_t count) {
         return added ? count + 1 : count - std::min<std::uint64_t>(count, 1);
     };
-    EGeometryType const type = geometry->type;
     EGeometryClass const geometryClass = BGeometry::ClassOf(type);
     counts.SetGeometryTypeCounts(type, changed(counts.GetGeometryTypeCount(type)));
     counts.SetGeometryClassCounts(geometryClass,

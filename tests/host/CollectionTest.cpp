@@ -92,10 +92,17 @@ TEST_P(CollectionTest, AnyOrderOfChangesGivesWhatFeaturesInAListGive) {
         std::size_t const place = model.empty() ? 0 : random() % model.size();
         unsigned const changes = step % 1000 < 300 ? 10 : 4; // grow, then shrink to nothing
         switch (model.empty() ? 0 : random() % changes) {
-        case 1:
-            features->SetAt(place, Numbered(step));
+        case 1: {
+            BSharedPtr<BFeature> feature = Numbered(step);
+            if (step % 2 == 0) { // the one that is there is changed and put back
+                BSharedPtr<BFeature> const there = features->GetAt(place);
+                *there = *feature;
+                feature = there;
+            }
+            features->SetAt(place, feature);
             model[place] = step;
             break;
+        }
         case 2:
             features->Remove(place);
             model.erase(model.begin() + static_cast<std::ptrdiff_t>(place));

@@ -45,10 +45,12 @@ public:
 
 private:
     BSharedPtr<BFeature> const& At(char const* operation, std::uint64_t index) const;
-    void Count(BFeature const& feature, bool added);
+    void Recount();
     void TransformAll(BTransform const& transform, bool reverse, BProgress* progress);
 
     std::vector<BSharedPtr<BFeature>> features;
+    /// What each was counted as. Its holders may have given it another geometry since.
+    std::vector<EGeometryType> countedTypes;
     mutable BRect mbr; ///< what the last GetFeatureMBRAt returned
 };
 
