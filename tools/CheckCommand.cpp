@@ -210,8 +210,11 @@ void CheckFile(Console& console, BString const& file, std::uint64_t& problems) {
     };
     try {
         look();
-    } catch (...) {
+    } catch (StopException const&) {
         problems += findings.ProblemCount();
+        throw;
+    } catch (...) {
+        findings.SetRecord(std::nullopt); // what is known of a file that can not be read
         throw;
     }
     std::uint64_t const found = findings.ProblemCount();

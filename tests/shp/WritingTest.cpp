@@ -78,6 +78,16 @@ TEST(ShpWritingTest, KeepsWhatIsStoredWhenTheDiskIsFull) {
     }
 }
 
+TEST(ShpWritingTest, RefusesANameThatItsCompanionsHave) {
+    TemporaryFolder const folder;
+    for (char const* const name : {"a.shx", "a.dbf", "a.prj"}) {
+        WriteFile(folder.Path() / name, {'x'});
+        EXPECT_BEXCEPTION(BShpFile().Open(folder.File(name), BShpFile::writeMode, true, ""),
+                          BFileNotFoundException, "BShpFile::Open", folder.File(name));
+        EXPECT_EQ(ReadFile(folder.Path() / name), Bytes{'x'});
+    }
+}
+
 TEST(ShpWritingTest, LeavesNothingWhereNothingWasWritten) {
     TemporaryFolder const folder;
     WriteFile(folder.Path() / "old.prj", {'x'});

@@ -141,6 +141,16 @@ TEST_F(Check, TellsOfRecordsThatTheIndexLost) {
               "map.shp: 0 records, 2 problems\n");
 }
 
+TEST_F(Check, TellsWhatIsKnownOfAFileThatCanNotBeRead) {
+    Write(ShapefileBuilder(1).Point(1, 2).Table(TableBuilder().HeaderLength(1)));
+    ToolRun const run = RunTool("check map.shp");
+    EXPECT_EQ(run, (ToolRun{2,
+                            "map.shp: Header contains invalid values, header length=1, record "
+                            "length=1\n",
+                            run.err}));
+    EXPECT_TRUE(run.err.starts_with("ambrel-shp: BFileContentNotValidException: ")) << run;
+}
+
 TEST_F(Check, HoldsTheIndexAgainstTheMainFile) {
     // Bytes that are no record may stand anywhere.
     ShapefileBuilder sound(1);
