@@ -64,8 +64,23 @@ PainterRenderer::PainterRenderer(QPainter& newPainter, QImage* newImage, MapWind
     : painter(newPainter), image(newImage), window(newWindow), style(newStyle),
       pixel(window.UnitsPerPixel()), dot(newStyle.color, newStyle.width) {
     painter.setRenderHint(QPainter::Antialiasing);
+    UseShapeStyle();
+}
+
+void PainterRenderer::UseShapeStyle() const {
     painter.setPen(PenOf(style));
     painter.setBrush(style.fill.isValid() ? QBrush(style.fill) : QBrush(Qt::NoBrush));
+    isDotStyle = false;
+}
+
+void PainterRenderer::UseStyleOf(bool dots) const {
+    if (dots && !isDotStyle) {
+        painter.setPen(Qt::NoPen);
+        painter.setBrush(style.color);
+        isDotStyle = true;
+    } else if (!dots && isDotStyle) {
+        UseShapeStyle();
+    }
 }
 
 bool PainterRenderer::ConvertMapToWindow(double& x, double& y) const {
@@ -81,11 +96,8 @@ void PainterRenderer::DrawDot(double x, double y) const {
         dot.Blend(*image, x, y);
         return;
     }
-    painter.save();
-    painter.setPen(Qt::NoPen);
-    painter.setBrush(style.color);
+    UseStyleOf(true);
     painter.drawEllipse(QPointF(x, y), style.width / 2, style.width / 2);
-    painter.restore();
 }
 
 bool PainterRenderer::DrawPoint(Gdiplus::PointF const& point) const {
@@ -124,6 +136,7 @@ bool PainterRenderer::DrawPolyline(Gdiplus::Point const* points, int count, int 
         if (IsTiny(points + first, size, window.UnitsPerPixel())) {
             DrawDot(points[first].X / pixel, points[first].Y / pixel);
         } else {
+            UseStyleOf(false);
             painter.drawPolyline(Simplify(points + first, size));
         }
     });
@@ -132,6 +145,7 @@ bool PainterRenderer::DrawPolyline(Gdiplus::Point const* points, int count, int 
 
 bool PainterRenderer::DrawPolygon(Gdiplus::Point const* points, int count, int const* partStarts,
                                   int partCount) const {
+    UseStyleOf(false);
     if (count > 0 && IsTiny(points, count, window.UnitsPerPixel())) {
         painter.fillRect(BoundsOf(points, count, pixel), painter.brush());
         DrawDot(points->X / pixel, points->Y / pixel);

@@ -31,6 +31,10 @@ public:
 
 private:
     void DrawDot(double x, double y) const;
+    void UseShapeStyle() const;
+    /// Pictures that are made of commands have one for every change of the style: none where the
+    /// style is in use already.
+    void UseStyleOf(bool dots) const;
     QPolygonF const& Simplify(Gdiplus::Point const* points, int count) const;
 
     QPainter& painter;
@@ -39,6 +43,7 @@ private:
     LayerStyle style;
     double pixel; ///< in window units
     DotSprite dot;
+    mutable bool isDotStyle = false;
     mutable QPolygonF vertices; ///< kept, like the path, for its room
     mutable QPainterPath path;
 };
