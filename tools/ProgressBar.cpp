@@ -23,7 +23,7 @@ std::string Draw(std::string const& label, std::uint32_t done, std::uint32_t tot
 
 } // namespace
 
-ProgressBar::ProgressBar(Console& newConsole, std::string newLabel)
+ProgressBar::ProgressBar(Console& newConsole, std::string const& newLabel)
     : console(newConsole), label(OneLine(newLabel)), nextDrawing(Clock::now() + patience) {}
 
 ProgressBar::~ProgressBar() {

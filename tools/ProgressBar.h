@@ -12,7 +12,7 @@ namespace Ambrel::Tool {
 /// also ends the work when the user has asked to stop, whether the bar is shown or not.
 class ProgressBar final : public BProgress {
 public:
-    ProgressBar(Console& newConsole, std::string newLabel);
+    ProgressBar(Console& newConsole, std::string const& newLabel);
     /// Takes the bar off the screen.
     ~ProgressBar() override;
     ProgressBar(ProgressBar const&) = delete;
