@@ -4,6 +4,7 @@
 #include "ShpReader/shp/ShpFormat.h"
 
 #include "Ambrel/BFileUtilities.h"
+#include "Ambrel/BInputFile.h"
 
 #include <QFile>
 
@@ -15,18 +16,12 @@ namespace Ambrel::Tool {
 
 namespace {
 
-/// The first bytes of the file; none when it has fewer.
-QByteArray HeadOf(QFile& file, std::size_t size) {
-    auto const wanted = static_cast<qint64>(size);
-    QByteArray const head = file.open(QIODevice::ReadOnly) ? file.read(wanted) : QByteArray();
-    return head.size() == wanted ? head : QByteArray();
-}
-
 /// The rows that the table's header states.
 std::uint64_t RowCount(BString const& table) {
-    QFile file(MakeQString(table));
-    QByteArray const head = HeadOf(file, DbfHeader::size);
-    return head.isEmpty() ? 0 : DbfHeader::Decode(head.constData()).recordCount;
+    std::array<char, DbfHeader::size> bytes{};
+    BInputFile const file(table);
+    bool const isWhole = file.IsOpen() && file.Read(0, bytes.data(), bytes.size()) == bytes.size();
+    return isWhole ? DbfHeader::Decode(bytes.data()).recordCount : 0;
 }
 
 /// What the index says of the main file.
