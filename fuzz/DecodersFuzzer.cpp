@@ -2,8 +2,8 @@
 
 #include "Checks.h"
 
-#include "ShpReader/dbf/DbfFormat.h"
-#include "ShpReader/shp/ShpFormat.h"
+#include "ShpReader/format/DbfFormat.h"
+#include "ShpReader/format/ShpFormat.h"
 
 #include <algorithm>
 #include <initializer_list>

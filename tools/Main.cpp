@@ -1,6 +1,6 @@
-#include "Console.h"
-#include "Interrupt.h"
-#include "Tool.h"
+#include "commands/Tool.h"
+#include "terminal/Console.h"
+#include "terminal/Interrupt.h"
 
 #include <QTextCodec>
 

@@ -2,8 +2,8 @@
 
 #include "Ambrel/BFeature.h"
 #include "ShpReader/dbf/DbfFieldConversion.h"
-#include "ShpReader/dbf/DbfFormat.h"
 #include "ShpReader/dbf/RecordWindow.h"
+#include "ShpReader/format/DbfFormat.h"
 
 #include <cstdint>
 #include <memory>

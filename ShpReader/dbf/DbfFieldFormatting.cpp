@@ -1,6 +1,6 @@
 #include "ShpReader/dbf/DbfFieldFormatting.h"
 
-#include "ShpReader/dbf/DbfFormat.h"
+#include "ShpReader/format/DbfFormat.h"
 
 #include <algorithm>
 #include <charconv>

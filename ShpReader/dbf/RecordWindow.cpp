@@ -1,7 +1,7 @@
 #include "ShpReader/dbf/RecordWindow.h"
 
 #include "Ambrel/BInputFile.h"
-#include "ShpReader/dbf/DbfFormat.h"
+#include "ShpReader/format/DbfFormat.h"
 
 #include <algorithm>
 

@@ -1,6 +1,6 @@
 #include "ShpReader/shp/GeometryKinds.h"
 
-#include "ShpReader/shp/ShpFormat.h"
+#include "ShpReader/format/ShpFormat.h"
 
 namespace Ambrel {
 

@@ -1,9 +1,9 @@
 #pragma once
 
 #include "Ambrel/BInputFile.h"
+#include "Ambrel/BReadAhead.h"
 #include "Ambrel/BString.h"
-#include "ShpReader/shp/ReadAhead.h"
-#include "ShpReader/shp/ShpFormat.h"
+#include "ShpReader/format/ShpFormat.h"
 
 #include <limits>
 #include <memory>
@@ -45,7 +45,7 @@ public:
 
     /// `mainHandle` is open and outlives this; its file has `newMainSize` bytes. Index entries come
     /// from `indexCopy`; where that is null, through `indexHandle`, or when that is null too,
-    /// through a handle on `indexPath` made at the first need. `piece`: see ReadAhead.
+    /// through a handle on `indexPath` made at the first need. `piece`: see BReadAhead.
     RecordAccess(BInputFile const& mainHandle, std::uint64_t newMainSize,
                  std::shared_ptr<IndexCopy const> newIndexCopy, BInputFile const* newIndexHandle,
                  BString const& newIndexPath, std::size_t piece);
@@ -53,13 +53,13 @@ public:
     /// The entry of record `index`; zeros where the file does not hold it whole. Throws
     /// BFileNotFoundException ("BShpFile::ReadRecord", the path of the index).
     ShpIndexEntry FindEntry(std::uint32_t index);
-    /// Zeros where the file does not hold it whole. `expected`: as ReadAhead has it.
+    /// Zeros where the file does not hold it whole. `expected`: as BReadAhead has it.
     ShpRecordHeader ReadHeader(std::int64_t position, std::size_t expected);
     /// Copies record content; returns how many bytes there were.
     std::size_t ReadContent(std::int64_t position, std::uint8_t* destination, std::size_t size) {
         return main.Read(position, destination, size, size);
     }
-    /// The same without a copy, valid until the next call of any of these; see ReadAhead::View.
+    /// The same without a copy, valid until the next call of any of these; see BReadAhead::View.
     /// REQUIRES: CanViewContent(size).
     std::optional<std::span<std::uint8_t const>> ViewContent(std::int64_t position,
                                                              std::size_t size) {
@@ -77,13 +77,13 @@ public:
 
 private:
     std::uint64_t mainSize; ///< bytes, when the operation began
-    ReadAhead main;
+    BReadAhead main;
     std::shared_ptr<IndexCopy const> indexCopy;
     BInputFile const* indexHandle;
     BString indexPath;
     std::size_t largestPiece;
     std::unique_ptr<PrivateFile> ownIndex;
-    std::optional<ReadAhead> index;
+    std::optional<BReadAhead> index;
 };
 
 } // namespace Ambrel

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ShpReader/shp/ShpFormat.h"
+#include "ShpReader/format/ShpFormat.h"
 
 namespace Ambrel {
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Ambrel/BPoint.h"
-#include "ShpReader/shp/ShpFormat.h"
+#include "ShpReader/format/ShpFormat.h"
 
 namespace Ambrel {
 

@@ -1,4 +1,4 @@
-#include "Encoding.h"
+#include "source/Encoding.h"
 #include "ToolRun.h"
 
 #include <QTextCodec>

@@ -1,5 +1,5 @@
-#include "Interrupt.h"
 #include "ToolRun.h"
+#include "terminal/Interrupt.h"
 
 #include <cmath>
 

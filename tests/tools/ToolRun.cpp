@@ -1,7 +1,7 @@
 #include "ToolRun.h"
 
-#include "Console.h"
-#include "Tool.h"
+#include "commands/Tool.h"
+#include "terminal/Console.h"
 
 #include <sstream>
 

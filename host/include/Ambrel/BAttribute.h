@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Ambrel/BVariant.h"
-#include "Ambrel/FlatArray.h"
+#include "Ambrel/detail/FlatArray.h"
 
 #include <vector>
 

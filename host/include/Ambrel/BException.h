@@ -23,6 +23,10 @@ public:
     BString const& GetOperation() const noexcept { return operation; }
     /// What is wrong, often a file name.
     BString const& GetMessage() const noexcept { return message; }
+    /// Why the system refused to open a file, as errno has it (ENOENT, EMFILE, …); 0 where the
+    /// exception does not come from the system.
+    int GetReason() const noexcept { return reason; }
+    void SetReason(int errorNumber) noexcept { reason = errorNumber; }
     /// The name of the exception's class.
     virtual char const* GetClassName() const noexcept;
 
@@ -30,6 +34,7 @@ private:
     BString category;
     BString operation;
     BString message;
+    int reason = 0;
 };
 
 /// Declares a failure that is built from the operation and the message alone; its category is

@@ -3,7 +3,7 @@
 #include "Ambrel/BPoint.h"
 #include "Ambrel/BRect.h"
 #include "Ambrel/BSharedPtr.h"
-#include "Ambrel/SmallBlocks.h"
+#include "Ambrel/detail/SmallBlocks.h"
 
 #include <cstdint>
 

@@ -22,6 +22,9 @@ public:
     ~BInputFile();
 
     bool IsOpen() const noexcept;
+    /// Why the file did not open, as errno has it; 0 when it is open. What is no regular file is
+    /// ENOENT.
+    int GetOpenError() const noexcept { return openError; }
     /// Bytes, when the file was opened.
     std::uint64_t GetSizeAtOpen() const noexcept { return sizeAtOpen; }
     /// Bytes, now; 0 when the file is not open.
@@ -32,6 +35,7 @@ public:
 
 private:
     std::uint64_t sizeAtOpen = 0;
+    int openError = 0;
     std::unique_ptr<QFile> file; ///< where the system has no reads by position
     int descriptor = -1;
 };

@@ -1,28 +1,22 @@
 #pragma once
 
+#include "Ambrel/BLogEntry.h"
 #include "Ambrel/Config.h"
 
 #include <atomic>
-#include <cstdint>
 #include <functional>
 #include <mutex>
 #include <string_view>
 
 namespace Ambrel {
 
-/// How much a log line matters; less is worse.
-enum ELogSeverity : std::uint32_t {
-    LOG_FATAL = 1,    ///< what can not be read or written
-    LOG_WARNING = 2,  ///< a problem of the data that is tolerated
-    LOG_PROGRESS = 3, ///< the steps of opening, reading and closing
-    LOG_DETAIL = 4,   ///< about single layers and records
-};
-
 /// Takes the diagnostics of the host and its plug-ins. May be called from any thread.
 class AMBREL_API BLogger final {
 public:
     /// Takes one line: UTF-8, without a line end.
     using Sink = std::function<void(ELogSeverity severity, std::string_view line)>;
+    /// Takes one line with its fields.
+    using EntrySink = std::function<void(BLogEntry const& entry)>;
 
     /// Prints to standard error what is a warning or worse.
     BLogger();
@@ -38,6 +32,15 @@ public:
     void WriteLine(ELogSeverity severity, char const* format, ...) noexcept
         __attribute__((format(printf, 3, 4)));
 
+    /// Writes one entry: its line goes to the sink as WriteLine's does, the whole to the entry
+    /// sink. Never fails.
+    void WriteEntry(BLogEntry const& entry) noexcept;
+    /// Whether lines of that severity are written; what is costly to say need not be made
+    /// otherwise.
+    bool IsWritten(ELogSeverity severity) const noexcept {
+        return severity <= threshold.load(std::memory_order_relaxed);
+    }
+
     /// The least severe lines that are written, LOG_WARNING at first.
     void SetThreshold(ELogSeverity newThreshold) noexcept { threshold = newThreshold; }
     ELogSeverity GetThreshold() const noexcept { return threshold; }
@@ -45,11 +48,17 @@ public:
     /// sink is called under a lock, one line at a time, and must neither write lines nor replace
     /// the sink itself.
     Sink SetSink(Sink newSink);
+    /// Replaces the entry sink, none at first, and returns the former one. It gets every line that
+    /// the sink gets, right after it and under the same lock; lines of WriteLine have code 0.
+    EntrySink SetEntrySink(EntrySink newSink);
 
 private:
     std::atomic<ELogSeverity> threshold{LOG_WARNING};
+    void Deliver(BLogEntry const& entry);
+
     std::mutex sinkLock;
     Sink sink;
+    EntrySink entrySink;
 };
 
 } // namespace Ambrel

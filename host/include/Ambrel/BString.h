@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Ambrel/Config.h"
-#include "Ambrel/HolderCount.h"
+#include "Ambrel/detail/HolderCount.h"
 
 #include <QString>
 

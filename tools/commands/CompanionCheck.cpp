@@ -1,0 +1,127 @@
+#include "commands/CompanionCheck.h"
+
+#include "ShpReader/format/DbfFormat.h"
+#include "ShpReader/format/ShpFormat.h"
+
+#include "Ambrel/BFileUtilities.h"
+#include "Ambrel/BInputFile.h"
+
+#include <QFile>
+
+#include <algorithm>
+#include <array>
+#include <vector>
+
+namespace Ambrel::Tool {
+
+namespace {
+
+/// The rows that the table's header states.
+std::uint64_t RowCount(BString const& table) {
+    std::array<char, DbfHeader::size> bytes{};
+    BInputFile const file(table);
+    bool const isWhole = file.IsOpen() && file.Read(0, bytes.data(), bytes.size()) == bytes.size();
+    return isWhole ? DbfHeader::Decode(bytes.data()).recordCount : 0;
+}
+
+/// What the index says of the main file.
+struct IndexedRecords {
+    std::int64_t end = ShpFileHeader::size; ///< of the last record, in bytes
+    std::int64_t lastStart = 0;             ///< of the same record
+    std::vector<std::int32_t> offsets;      ///< as the entries have them, sorted
+};
+
+IndexedRecords ReadIndex(QFile& index) {
+    constexpr qint64 entriesAtOnce = 8192;
+    IndexedRecords records;
+    index.seek(ShpFileHeader::size);
+    QByteArray block;
+    do {
+        block = index.read(entriesAtOnce * ShpIndexEntry::size);
+        auto const* const bytes = reinterpret_cast<std::uint8_t const*>(block.constData());
+        for (std::size_t i = 0; i < block.size() / ShpIndexEntry::size; ++i) {
+            ShpIndexEntry const entry = ShpIndexEntry::Decode(bytes + i * ShpIndexEntry::size);
+            std::int64_t const start = entry.RecordPosition();
+            std::int64_t const end =
+                start + std::int64_t{ShpRecordHeader::size} + entry.ContentSize();
+            if (end > records.end) {
+                records.end = end;
+                records.lastStart = start;
+            }
+            records.offsets.push_back(entry.offset);
+        }
+    } while (!block.isEmpty());
+    std::sort(records.offsets.begin(), records.offsets.end());
+    return records;
+}
+
+/// Whether the bytes at the position are a record, and not what else a file may end with.
+bool HasRecordAt(QFile& mainFile, std::int64_t position) {
+    std::array<char, ShpRecordHeader::size + shapeTypeSize> bytes{};
+    if (!mainFile.seek(position) ||
+        mainFile.read(bytes.data(), bytes.size()) < qint64{bytes.size()}) {
+        return false;
+    }
+    auto const* const start = reinterpret_cast<std::uint8_t const*>(bytes.data());
+    RecordContent const content(start + ShpRecordHeader::size, shapeTypeSize);
+    std::int64_t const size =
+        std::int64_t{shpBytesPerWord} * ShpRecordHeader::Decode(start).contentLength;
+    return size >= std::int64_t{shapeTypeSize} && FindShapeType(ReadShapeType(content)) &&
+           position + std::int64_t{ShpRecordHeader::size} + size <= mainFile.size();
+}
+
+/// How many of the sorted offsets are the same as the one before.
+std::uint64_t RepeatedIn(std::vector<std::int32_t> const& offsets) {
+    std::uint64_t repeated = 0;
+    for (std::size_t i = 1; i < offsets.size(); ++i) {
+        repeated += offsets[i] == offsets[i - 1];
+    }
+    return repeated;
+}
+
+std::string Count(std::uint64_t count, std::string const& singular, std::string const& plural) {
+    return std::to_string(count) + " " + (count == 1 ? singular : plural);
+}
+
+} // namespace
+
+std::vector<std::string> CompanionProblems(BString const& shapefile) {
+    auto const companion = [&](char const* extension) {
+        return BFileUtilities::ChangeExtension(shapefile, BString::FromUtf8(extension));
+    };
+    std::vector<std::string> problems;
+    QFile index(MakeQString(companion(".shx")));
+    if (!index.open(QIODevice::ReadOnly)) {
+        return {"the index can not be opened"};
+    }
+    auto const indexSize = static_cast<std::uint32_t>(index.size());
+    std::uint32_t const records = ShpIndexEntry::CountIn(indexSize);
+    if (ShpIndexEntry::PositionOf(records) != indexSize) {
+        problems.push_back("the index is cut");
+    }
+    IndexedRecords const indexed = ReadIndex(index);
+    QFile mainFile(MakeQString(shapefile));
+    if (!mainFile.open(QIODevice::ReadOnly)) {
+        return {"the main file can not be opened"};
+    }
+    if (std::uint64_t const repeated = RepeatedIn(indexed.offsets); repeated > 0) {
+        problems.push_back(Count(repeated, "index entry names", "index entries name") +
+                           " a record that another one names");
+    }
+    if (HasRecordAt(mainFile, indexed.end)) {
+        problems.push_back("there is a record behind the last one that the index names");
+    }
+    if (indexed.lastStart < mainFile.size() && mainFile.size() < indexed.end) {
+        problems.push_back(
+            Count(static_cast<std::uint64_t>(indexed.end - mainFile.size()), "byte", "bytes") +
+            " of the last record are missing");
+    }
+    std::uint64_t const rows = RowCount(companion(".dbf"));
+    if (rows != records) {
+        problems.push_back("the table has " + Count(rows, "row", "rows") + " for " +
+                           Count(records, "record", "records"));
+    }
+    return problems;
+}
+
+} // namespace Ambrel::Tool

@@ -1,0 +1,162 @@
+#include "commands/Commands.h"
+#include "commands/FeaturePassage.h"
+#include "commands/ForEachFile.h"
+#include "formats/CsvWriter.h"
+#include "formats/GeoJsonWriter.h"
+#include "formats/GeometryWalk.h"
+#include "formats/OutputFile.h"
+#include "terminal/Console.h"
+
+#include "Ambrel/BFileUtilities.h"
+
+#include <filesystem>
+#include <set>
+
+namespace Ambrel::Tool {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+bool IsCsv(ExportOptions const& options) {
+    return options.format.empty() ? ExtensionOf(options.output) == ".csv" : options.format == "csv";
+}
+
+std::unique_ptr<BTransform> TransformOf(BVectorLayer const& layer) {
+    if (!layer.GetCoordSys()) {
+        throw BDataManagerException(BString::FromUtf8("--to-wgs84"),
+                                    BString::FromUtf8("the coordinate system is not known"));
+    }
+    return layer.GetCoordSys()->MakeTransformToWgs84();
+}
+
+bool LiesIn(BRect const& window, BFeature const& feature) {
+    BRect const rectangle = feature.ComputeMBR();
+    return rectangle.xMax >= rectangle.xMin && rectangle.yMax >= rectangle.yMin &&
+           window.Meets(rectangle);
+}
+
+/// Hands the features of one layer to a writer, those alone and in that shape that were asked for.
+class Export {
+public:
+    Export(Console& newConsole, BString const& newFile, ExportOptions const& newOptions,
+           FeatureWriter& newWriter, std::unique_ptr<BTransform> newTransform)
+        : console(newConsole), file(newFile), options(newOptions), writer(newWriter),
+          transform(std::move(newTransform)) {}
+
+    /// Changes the geometry where a transformation was asked for.
+    void Take(std::uint64_t record, BFeature& feature) const {
+        if (!options.window || LiesIn(*options.window, feature)) {
+            writer.Write(record, feature, WritableGeometry(record, feature));
+        }
+    }
+
+private:
+    /// Null where there is none, or none that JSON has numbers for.
+    BGeometry const* WritableGeometry(std::uint64_t record, BFeature& feature) const {
+        BGeometry* const geometry = feature.GetGeometry().Get();
+        if (!geometry) {
+            return nullptr;
+        }
+        if (!IsFinite(*geometry)) {
+            return LeaveOut(record, " has coordinates that are no numbers");
+        }
+        if (transform && !Transforms(*geometry)) {
+            return LeaveOut(record, " has no position in WGS 84");
+        }
+        return geometry;
+    }
+
+    BGeometry const* LeaveOut(std::uint64_t record, char const* reason) const {
+        PrintWarning(console, std::string(file.Utf8()) + ": record " + std::to_string(record) +
+                                  reason + "; its geometry is left out");
+        return nullptr;
+    }
+
+    bool Transforms(BGeometry& geometry) const {
+        try {
+            geometry.Transform(*transform, false);
+        } catch (BException const&) { // the position lies outside the coordinate system
+            return false;
+        }
+        return IsFinite(geometry);
+    }
+
+    Console& console;
+    BString file;
+    ExportOptions const& options;
+    FeatureWriter& writer;
+    std::unique_ptr<BTransform> transform;
+};
+
+std::unique_ptr<FeatureWriter> MakeWriter(OutputFile& output, ExportOptions const& options) {
+    if (IsCsv(options)) {
+        return std::make_unique<CsvWriter>(output, options.source.useAttributes);
+    }
+    return std::make_unique<GeoJsonWriter>(output);
+}
+
+void RequireField(BAttributeDefs const& schema, std::string const& name) {
+    for (std::uint64_t i = 0; i < schema.GetCount(); ++i) {
+        if (schema.GetAt(i).name.Utf8() == name) {
+            return;
+        }
+    }
+    throw BDataManagerException(BString::FromUtf8("--z-attribute"),
+                                BString::FromUtf8("there is no field " + name));
+}
+
+/// Returns how many records could not be exported whole.
+std::uint64_t ExportFile(Console& console, BString const& file, std::string const& outputPath,
+                         ExportOptions const& options) {
+    Source source(console, file, options.source);
+    if (!options.source.attributeZ.empty()) {
+        RequireField(source.Layer().GetSchema(), options.source.attributeZ);
+    }
+    std::unique_ptr<BTransform> transform = options.toWgs84 ? TransformOf(source.Layer()) : nullptr;
+    OutputFile output(console, outputPath);
+    std::unique_ptr<FeatureWriter> const writer = MakeWriter(output, options);
+    Export const task(console, file, options, *writer, std::move(transform));
+    writer->Begin(source.Layer().name, source.Layer().GetSchema());
+    std::uint64_t const problems =
+        PassFeatures(console, file, source,
+                     [&](std::uint64_t record, BFeature& feature) { task.Take(record, feature); });
+    writer->End();
+    output.Commit();
+    return problems;
+}
+
+/// One file for each layer, named after it.
+int ExportToFolder(Console& console, ExportOptions const& options) {
+    char const* const extension = IsCsv(options) ? ".csv" : ".geojson";
+    std::set<std::string> written;
+    std::uint64_t problems = 0;
+    int const failed = ForEachFile(console, {options.path}, [&](BString const& file) {
+        std::string const name(BFileUtilities::GetBasename(file).Utf8());
+        std::string const path = (fs::path(options.output) / (name + extension)).string();
+        if (!written.insert(path).second) {
+            throw BDataManagerException(BString::FromUtf8("export"),
+                                        BString::FromUtf8(path + " has another file's layer"));
+        }
+        problems += ExportFile(console, file, path, options);
+    });
+    return failed > 0 || problems > 0 ? EXIT_PROBLEM : EXIT_OK;
+}
+
+} // namespace
+
+int RunExport(Console& console, ExportOptions const& options) {
+    std::error_code error; // what can not be looked at is no folder, and opening it will tell
+    if (fs::is_directory(options.output, error)) {
+        return ExportToFolder(console, options);
+    }
+    BString const file =
+        TheFileOf(options.path, "name one of them, or an --output folder that is there");
+    std::uint64_t problems = 0;
+    bool const isDone = Survives(console, file.Utf8(), [&] {
+        problems = ExportFile(console, file, options.output, options);
+    });
+    return isDone && problems == 0 ? EXIT_OK : EXIT_PROBLEM;
+}
+
+} // namespace Ambrel::Tool

@@ -1,0 +1,57 @@
+#include "formats/GeometryWalk.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace Ambrel::Tool {
+
+namespace {
+
+/// An area's outer ring. The shell of a donut may be an area of any kind.
+BPolygon const* OuterRing(BAreaGeo const* area) {
+    while (area && area->type == GEO_DONUT) {
+        area = static_cast<BDonut const*>(area)->GetShell().Get();
+    }
+    return static_cast<BPolygon const*>(area);
+}
+
+} // namespace
+
+AreaRings RingsOf(BAreaGeo const& area) {
+    AreaRings rings;
+    rings.shell = OuterRing(&area);
+    if (area.type == GEO_DONUT) {
+        auto const& donut = static_cast<BDonut const&>(area);
+        for (std::uint64_t i = 0; i < donut.GetHoleCount(); ++i) {
+            if (BPolygon const* const hole = OuterRing(donut.GetHoleAt(i).Get())) {
+                rings.holes.push_back(hole);
+            }
+        }
+    }
+    return rings;
+}
+
+std::uint64_t ClosedCount(BPoints const& ring, bool is3d) {
+    std::uint64_t const count = ring.GetCount();
+    if (count == 0) {
+        return 0;
+    }
+    BPoint const& first = ring.GetAt(0);
+    BPoint const& last = ring.GetLast();
+    bool const isClosed = first.X == last.X && first.Y == last.Y && (!is3d || first.Z == last.Z);
+    return isClosed ? count : count + 1;
+}
+
+bool IsFinite(BGeometry const& geometry) {
+    bool const is3d = geometry.is3d != 0;
+    bool isFinite = true;
+    ForEachPart(geometry, [&](BPoint const* points, std::uint64_t count) {
+        isFinite = isFinite && std::all_of(points, points + count, [=](BPoint const& point) {
+                       return std::isfinite(point.X) && std::isfinite(point.Y) &&
+                              (!is3d || std::isfinite(point.Z));
+                   });
+    });
+    return isFinite;
+}
+
+} // namespace Ambrel::Tool

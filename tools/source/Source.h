@@ -1,0 +1,69 @@
+#pragma once
+
+#include "source/Encoding.h"
+
+#include "Ambrel/BDataManager.h"
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace Ambrel::Tool {
+
+/// Where the features of a layer are while the tool works on them.
+enum class HoldMode {
+    Stream, ///< nowhere: each is handed on when the reader has it
+    Memory,
+    Cache,  ///< the disk cache
+    Direct, ///< in the file
+};
+
+struct SourceOptions {
+    HoldMode mode = HoldMode::Direct;
+    bool useAttributes = true;
+    std::string attributeZ{}; ///< the attribute that gives Z; empty for none
+    std::string encoding{};   ///< empty: what the file states
+};
+
+/// One shapefile, opened with a reader of its own so that a bad one does not stop the others.
+/// Only one source at a time can have an encoding.
+class Source final {
+public:
+    /// Throws what the reader's Open throws.
+    Source(Console& console, BString const& newPath, SourceOptions const& newOptions);
+
+    /// Leaves the features in the file from now on. Reader and layer are others then.
+    void ReopenDirectly();
+
+    HoldMode Mode() const noexcept { return options.mode; }
+    BVectorLayer& Layer() noexcept { return static_cast<BVectorLayer&>(*layer); }
+    BDataReader& Reader() noexcept { return *reader; }
+    /// The rectangle that the main file's header states.
+    BRect Extent();
+
+private:
+    struct Destroy {
+        void operator()(BDataReader* reader) const;
+    };
+
+    void Open();
+
+    BString path;
+    SourceOptions options;
+    std::optional<EncodingScope> encoding; ///< none where no text is asked for
+    std::unique_ptr<BDataReader, Destroy> reader;
+    BSharedPtr<BLayer> layer;
+};
+
+/// The shapefiles that a path of the command line stands for: a file, a folder's or a wildcard's.
+/// Throws BFileNotFoundException where the last two have none.
+std::vector<BString> FilesOf(std::string const& path);
+/// The paths, each once; a file of a shapefile's name (".dbf", ".cpg", ".sbn") stands for it, as it
+/// does where a shell has given all files of a folder.
+std::vector<std::string> ShapefilesAmong(std::vector<std::string> const& paths);
+/// The one shapefile of a command that takes no more. Throws as FilesOf, and UsageException with
+/// the advice when there are several.
+BString TheFileOf(std::string const& path, std::string const& advice = "name one of them");
+
+} // namespace Ambrel::Tool
