@@ -1,4 +1,4 @@
-#include "commands/Commands.h"
+#include "commands/CheckCommand.h"
 #include "commands/CompanionCheck.h"
 #include "commands/ForEachFile.h"
 #include "formats/GeometryWalk.h"

@@ -1,4 +1,4 @@
-#include "commands/Commands.h"
+#include "commands/DrawCommand.h"
 #include "commands/ForEachFile.h"
 #include "drawing/PainterRenderer.h"
 #include "drawing/Picture.h"

@@ -1,4 +1,4 @@
-#include "commands/Commands.h"
+#include "commands/ExportCommand.h"
 #include "commands/FeaturePassage.h"
 #include "commands/ForEachFile.h"
 #include "formats/CsvWriter.h"

@@ -1,4 +1,4 @@
-#include "commands/Commands.h"
+#include "commands/InfoCommand.h"
 #include "commands/ForEachFile.h"
 #include "formats/TextFormat.h"
 #include "terminal/Console.h"

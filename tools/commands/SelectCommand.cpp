@@ -1,4 +1,4 @@
-#include "commands/Commands.h"
+#include "commands/SelectCommand.h"
 #include "commands/ForEachFile.h"
 #include "formats/OutputFile.h"
 #include "formats/TextFormat.h"

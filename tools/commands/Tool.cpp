@@ -1,205 +1,68 @@
 #include "commands/Tool.h"
 
-#include "commands/Commands.h"
+#include "commands/Command.h"
 #include "source/Log.h"
 #include "terminal/Console.h"
 
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
-#include <charconv>
-#include <cmath>
-#include <functional>
+#include <map>
 #include <sstream>
 
 namespace Ambrel::Tool {
 
 namespace {
 
-constexpr char const* commandNames[] = {"info", "export", "check", "select", "draw"};
-constexpr int largestSide = 20000; // pixels
-
-std::map<std::string, HoldMode> const& Modes() {
-    static std::map<std::string, HoldMode> const modes = {{"stream", HoldMode::Stream},
-                                                          {"memory", HoldMode::Memory},
-                                                          {"cache", HoldMode::Cache},
-                                                          {"direct", HoldMode::Direct}};
-    return modes;
-}
-
-/// "A<separator>B<separator>..." as `count` numbers.
-template <class T>
-std::vector<T> ParseNumbers(std::string const& option, std::string const& text, char separator,
-                            std::size_t count) {
-    std::vector<T> numbers;
-    char const* position = text.data();
-    char const* const end = position + text.size();
-    while (numbers.size() < count) {
-        T number{};
-        auto const result = std::from_chars(position, end, number);
-        bool const isLast = numbers.size() + 1 == count;
-        bool const endsWell =
-            isLast ? result.ptr == end : result.ptr != end && *result.ptr == separator;
-        if (result.ec != std::errc() || !endsWell) {
-            std::string problem = option;
-            problem.append(": \"").append(text).append("\" is not ");
-            problem.append(std::to_string(count)).append(" numbers with '");
-            problem.append(1, separator).append("' between them");
-            throw UsageException(problem);
-        }
-        numbers.push_back(number);
-        position = result.ptr + (isLast ? 0 : 1);
-    }
-    return numbers;
-}
-
-BRect ParseWindow(std::string const& text) {
-    std::vector<double> const bounds = ParseNumbers<double>("--bbox", text, ',', 4);
-    bool const isFinite = std::all_of(bounds.begin(), bounds.end(),
-                                      [](double bound) { return std::isfinite(bound); });
-    if (!isFinite) {
-        throw UsageException("--bbox: \"" + text + "\" is not finite");
-    }
-    if (bounds[0] > bounds[2] || bounds[1] > bounds[3]) {
-        throw UsageException("--bbox: \"" + text + "\" has a minimum above its maximum");
-    }
-    return BRect(bounds[0], bounds[1], bounds[2], bounds[3]);
-}
-
-/// The command line before it is looked at closely.
-struct Arguments {
-    bool verbose = false;
-    std::string window;
-    std::string size;
-    std::string mode = "stream";
-    std::vector<std::string> styles;
-    bool noAttributes = false;
-    InfoOptions info;
-    ExportOptions exportOptions;
-    CheckOptions check;
-    SelectOptions select;
-    DrawOptions draw;
-
-    std::optional<BRect> Window() const {
-        return window.empty() ? std::nullopt : std::optional(ParseWindow(window));
-    }
+struct CommandEntry {
+    char const* name;
+    char const* description;
+    std::unique_ptr<Command> (*make)();
 };
 
-constexpr char const* pathHelp = "Shapefile (with or without .shp), folder, or wildcard";
-constexpr char const* windowHelp = "Rectangle in the layer's own map units";
-constexpr char const* encodingHelp =
-    "Encoding of the table's text: UTF-8, 1252, ISO-8859-2, 850, Big5 ... "
-    "(default: the .cpg file, else what the table states, else UTF-8 or Windows-1252)";
+/// In the order of the help. The first is what a path alone means.
+constexpr CommandEntry commandEntries[] = {
+    {"info", "Show what is in shapefiles: type, records, extent, fields", MakeInfo},
+    {"export", "Convert a shapefile to GeoJSON or CSV (geometry as WKT)", MakeExport},
+    {"check", "Read everything and list what is wrong; exit code 0 sound, 1 problems, 2 unreadable",
+     MakeCheck},
+    {"select", "Print the indexes of the records whose rectangles meet a window", MakeSelect},
+    {"draw",
+     "Draw shapefiles over each other, in the order given; those of one folder or wildcard with "
+     "areas below lines below points",
+     MakeDraw},
+};
+
+/// What the command line is parsed into.
+struct CommandLine {
+    bool verbose = false;
+    std::map<std::string, std::unique_ptr<Command>> commands; ///< by their names
+};
 
 /// An option of the whole tool that may stand before the command and behind it.
-void AddVerbose(CLI::App& app, Arguments& arguments) {
-    app.add_flag("-v,--verbose", arguments.verbose, "Show the whole log on standard error");
+void AddVerbose(CLI::App& app, CommandLine& line) {
+    app.add_flag("-v,--verbose", line.verbose, "Show the whole log on standard error");
 }
 
-CLI::App* AddCommand(CLI::App& app, Arguments& arguments, std::string const& name,
-                     std::string const& description) {
-    CLI::App* const command = app.add_subcommand(name, description);
-    AddVerbose(*command, arguments);
-    return command;
+void AddCommands(CLI::App& app, CommandLine& line) {
+    for (CommandEntry const& entry : commandEntries) {
+        CLI::App* const command = app.add_subcommand(entry.name, entry.description);
+        AddVerbose(*command, line);
+        std::unique_ptr<Command>& made = line.commands[entry.name];
+        made = entry.make();
+        made->Declare(*command);
+    }
 }
 
-void AddInfo(CLI::App& app, Arguments& arguments) {
-    CLI::App* const command = AddCommand(
-        app, arguments, "info", "Show what is in shapefiles: type, records, extent, fields");
-    command->add_option("PATH", arguments.info.paths, pathHelp)->required();
-    command->add_flag("--json", arguments.info.json, "Print a JSON array, one object a layer");
-    command->add_option("--encoding", arguments.info.encoding, encodingHelp)->type_name("NAME");
-}
-
-void AddExport(CLI::App& app, Arguments& arguments) {
-    ExportOptions& options = arguments.exportOptions;
-    CLI::App* const command = AddCommand(app, arguments, "export",
-                                         "Convert a shapefile to GeoJSON or CSV (geometry as WKT)");
-    command->add_option("PATH", options.path, pathHelp)->required();
-    command
-        ->add_option("-o,--output", options.output,
-                     "File to write, \"-\" for standard output (default), or a folder that gets a "
-                     "file for each layer")
-        ->type_name("FILE");
-    command->add_option("--format", options.format, "geojson or csv (default: as FILE's extension)")
-        ->type_name("NAME")
-        ->check(CLI::IsMember({"geojson", "csv"}));
-    command->add_option("--bbox", arguments.window, windowHelp)->type_name("XMIN,YMIN,XMAX,YMAX");
-    command->add_flag("--to-wgs84", options.toWgs84,
-                      "Transform to longitude and latitude (needs a .prj file)");
-    command->add_flag("--no-attributes", arguments.noAttributes, "Leave the table's values out");
-    command
-        ->add_option("--z-attribute", options.source.attributeZ,
-                     "Field whose value becomes Z (single points, lines and polygons)")
-        ->type_name("NAME");
-    command->add_option("--encoding", options.source.encoding, encodingHelp)->type_name("NAME");
-    command
-        ->add_option("--mode", arguments.mode,
-                     "Where features are meanwhile: stream (default), memory, cache (on disk) or "
-                     "direct; the result is the same")
-        ->type_name("NAME")
-        ->check(CLI::IsMember(Modes()));
-}
-
-void AddCheck(CLI::App& app, Arguments& arguments) {
-    CLI::App* const command =
-        AddCommand(app, arguments, "check",
-                   "Read everything and list what is wrong; exit code 0 sound, 1 problems, 2 "
-                   "unreadable");
-    command->add_option("PATH", arguments.check.paths, pathHelp)->required();
-}
-
-void AddSelect(CLI::App& app, Arguments& arguments) {
-    CLI::App* const command =
-        AddCommand(app, arguments, "select",
-                   "Print the indexes of the records whose rectangles meet a window");
-    command->add_option("PATH", arguments.select.path, pathHelp)->required();
-    command->add_option("--bbox", arguments.window, windowHelp)
-        ->type_name("XMIN,YMIN,XMAX,YMAX")
-        ->required();
-    command->add_flag("--json", arguments.select.json, "Print a JSON array");
-}
-
-void AddDraw(CLI::App& app, Arguments& arguments) {
-    CLI::App* const command =
-        AddCommand(app, arguments, "draw",
-                   "Draw shapefiles over each other, in the order given; those of one folder or "
-                   "wildcard with areas below lines below points");
-    command->add_option("PATH", arguments.draw.paths, pathHelp)->required();
-    command
-        ->add_option("-o,--output", arguments.draw.output,
-                     "Picture to write: .png, .svg or .pdf; \"-\" for a PNG on standard output")
-        ->type_name("FILE")
-        ->required();
-    command->add_option("--size", arguments.size, "Pixels of the picture (default 1600x1200)")
-        ->type_name("WxH");
-    command->add_option("--bbox", arguments.window, "Rectangle to show (default: everything)")
-        ->type_name("XMIN,YMIN,XMAX,YMAX");
-    command
-        ->add_option("--style", arguments.styles,
-                     "[LAYER:]KEY=VALUE[,KEY=VALUE...], for one layer or all; may be repeated.\n"
-                     "color: lines, outlines, points; fill: areas; each \"#rrggbb\", "
-                     "\"#aarrggbb\", a name such as steelblue, or none.\n"
-                     "width: pixels of lines and outlines, diameter of points")
-        ->type_name("STYLE")
-        ->expected(1)
-        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
-        ->allow_extra_args(false);
-}
-
-void AddEverything(CLI::App& app, Arguments& arguments) {
+void AddEverything(CLI::App& app, CommandLine& line) {
     app.name("ambrel-shp");
     app.set_version_flag("--version", "ambrel-shp " AMBREL_VERSION, "Print the version and exit");
     app.set_help_flag("-h,--help", "Print this help and exit");
-    AddVerbose(app, arguments);
+    AddVerbose(app, line);
     app.fallthrough();
     app.require_subcommand(1);
     app.get_formatter()->column_width(34);
-    AddInfo(app, arguments);
-    AddExport(app, arguments);
-    AddCheck(app, arguments);
-    AddSelect(app, arguments);
-    AddDraw(app, arguments);
+    AddCommands(app, line);
     app.footer("A path alone means info. Help for one command: ambrel-shp COMMAND --help\n\n"
                "Examples:\n"
                "  ambrel-shp map.shp\n"
@@ -217,11 +80,12 @@ void CompleteCommand(std::vector<std::string>& arguments) {
     auto const word = std::find_if(arguments.begin(), arguments.end(), [](std::string const& text) {
         return text.empty() || text.front() != '-';
     });
-    bool const isCommand = word != arguments.end() &&
-                           std::find(std::begin(commandNames), std::end(commandNames), *word) !=
-                               std::end(commandNames);
-    if (word != arguments.end() && !isCommand) {
-        arguments.insert(arguments.begin(), commandNames[0]);
+    bool const isPath =
+        word != arguments.end() &&
+        std::none_of(std::begin(commandEntries), std::end(commandEntries),
+                     [&](CommandEntry const& entry) { return entry.name == *word; });
+    if (isPath) {
+        arguments.insert(arguments.begin(), commandEntries[0].name);
     }
 }
 
@@ -232,57 +96,8 @@ void KeepWhole(std::string& word) {
     }
 }
 
-void RefuseEmpty(std::string const& output) {
-    if (output.empty()) { // what a shell makes of a variable that is not set
-        throw UsageException("--output: the path is empty");
-    }
-}
-
-int RunExportCommand(Console& console, Arguments& arguments) {
-    RefuseEmpty(arguments.exportOptions.output);
-    arguments.exportOptions.window = arguments.Window();
-    arguments.exportOptions.source.mode = Modes().at(arguments.mode);
-    arguments.exportOptions.source.useAttributes = !arguments.noAttributes;
-    if (arguments.noAttributes && !arguments.exportOptions.source.attributeZ.empty()) {
-        throw UsageException("--z-attribute: there are none with --no-attributes");
-    }
-    return RunExport(console, arguments.exportOptions);
-}
-
-int RunSelectCommand(Console& console, Arguments& arguments) {
-    arguments.select.window = ParseWindow(arguments.window);
-    return RunSelect(console, arguments.select);
-}
-
-int RunDrawCommand(Console& console, Arguments& arguments) {
-    DrawOptions& options = arguments.draw;
-    RefuseEmpty(options.output);
-    options.window = arguments.Window();
-    if (!arguments.size.empty()) {
-        std::vector<int> const sides = ParseNumbers<int>("--size", arguments.size, 'x', 2);
-        if (std::min(sides[0], sides[1]) < 1 || std::max(sides[0], sides[1]) > largestSide) {
-            throw UsageException("--size: a side has 1 to " + std::to_string(largestSide) +
-                                 " pixels");
-        }
-        options.width = sides[0];
-        options.height = sides[1];
-    }
-    for (std::string const& style : arguments.styles) {
-        options.styles.push_back(ParseStyle(style));
-    }
-    return RunDraw(console, options);
-}
-
-int RunCommand(std::string const& name, Console& console, Arguments& arguments) {
-    std::map<std::string, std::function<int()>> const commands = {
-        {"info", [&] { return RunInfo(console, arguments.info); }},
-        {"export", [&] { return RunExportCommand(console, arguments); }},
-        {"check", [&] { return RunCheck(console, arguments.check); }},
-        {"select", [&] { return RunSelectCommand(console, arguments); }},
-        {"draw", [&] { return RunDrawCommand(console, arguments); }},
-    };
-    console.verbose = arguments.verbose;
-    Log const log(arguments.verbose ? LOG_DETAIL : LOG_WARNING,
+int RunCommand(Command& command, Console& console) {
+    Log const log(console.verbose ? LOG_DETAIL : LOG_WARNING,
                   [&](ELogSeverity severity, std::string_view line) {
                       if (severity <= LOG_WARNING) {
                           PrintWarning(console, line);
@@ -290,13 +105,13 @@ int RunCommand(std::string const& name, Console& console, Arguments& arguments) 
                           console.err.Write(std::string(line) + "\n");
                       }
                   });
-    return commands.at(name)();
+    return command.Run(console);
 }
 
 int ParseAndRun(std::vector<std::string>& words, Console& console) {
-    Arguments arguments;
+    CommandLine line;
     CLI::App app("Looks into shapefiles, converts, checks, searches and draws them.");
-    AddEverything(app, arguments);
+    AddEverything(app, line);
     if (words.empty()) {
         console.err.Write(app.help());
         return EXIT_USAGE;
@@ -314,7 +129,8 @@ int ParseAndRun(std::vector<std::string>& words, Console& console) {
     } catch (CLI::ParseError const& error) {
         throw UsageException(error.what());
     }
-    return RunCommand(app.get_subcommands().front()->get_name(), console, arguments);
+    console.verbose = line.verbose;
+    return RunCommand(*line.commands.at(app.get_subcommands().front()->get_name()), console);
 }
 
 int Run(std::vector<std::string>& words, Console& console) {

@@ -1,0 +1,91 @@
+#include "commands/ArgumentValues.h"
+
+#include "terminal/Console.h"
+
+#include <CLI/CLI.hpp>
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+
+namespace Ambrel::Tool {
+
+namespace {
+
+constexpr char const* pathHelp = "Shapefile (with or without .shp), folder, or wildcard";
+constexpr char const* encodingHelp =
+    "Encoding of the table's text: UTF-8, 1252, ISO-8859-2, 850, Big5 ... "
+    "(default: the .cpg file, else what the table states, else UTF-8 or Windows-1252)";
+
+/// "A<separator>B<separator>..." as `count` numbers.
+template <class T>
+std::vector<T> ParseNumbers(std::string const& option, std::string const& text, char separator,
+                            std::size_t count) {
+    std::vector<T> numbers;
+    char const* position = text.data();
+    char const* const end = position + text.size();
+    while (numbers.size() < count) {
+        T number{};
+        auto const result = std::from_chars(position, end, number);
+        bool const isLast = numbers.size() + 1 == count;
+        bool const endsWell =
+            isLast ? result.ptr == end : result.ptr != end && *result.ptr == separator;
+        if (result.ec != std::errc() || !endsWell) {
+            std::string problem = option;
+            problem.append(": \"").append(text).append("\" is not ");
+            problem.append(std::to_string(count)).append(" numbers with '");
+            problem.append(1, separator).append("' between them");
+            throw UsageException(problem);
+        }
+        numbers.push_back(number);
+        position = result.ptr + (isLast ? 0 : 1);
+    }
+    return numbers;
+}
+
+} // namespace
+
+void AddPaths(CLI::App& app, std::vector<std::string>& paths) {
+    app.add_option("PATH", paths, pathHelp)->required();
+}
+
+void AddPath(CLI::App& app, std::string& path) {
+    app.add_option("PATH", path, pathHelp)->required();
+}
+
+void AddEncoding(CLI::App& app, std::string& encoding) {
+    app.add_option("--encoding", encoding, encodingHelp)->type_name("NAME");
+}
+
+void AddWindow(CLI::App& app, std::string& window, char const* help) {
+    app.add_option("--bbox", window, help)->type_name("XMIN,YMIN,XMAX,YMAX");
+}
+
+BRect ParseWindow(std::string const& text) {
+    std::vector<double> const bounds = ParseNumbers<double>("--bbox", text, ',', 4);
+    bool const isFinite = std::all_of(bounds.begin(), bounds.end(),
+                                      [](double bound) { return std::isfinite(bound); });
+    if (!isFinite) {
+        throw UsageException("--bbox: \"" + text + "\" is not finite");
+    }
+    if (bounds[0] > bounds[2] || bounds[1] > bounds[3]) {
+        throw UsageException("--bbox: \"" + text + "\" has a minimum above its maximum");
+    }
+    return BRect(bounds[0], bounds[1], bounds[2], bounds[3]);
+}
+
+std::optional<BRect> ParseOptionalWindow(std::string const& text) {
+    return text.empty() ? std::nullopt : std::optional(ParseWindow(text));
+}
+
+std::vector<int> ParseSides(std::string const& option, std::string const& text) {
+    return ParseNumbers<int>(option, text, 'x', 2);
+}
+
+void RefuseEmptyOutput(std::string const& output) {
+    if (output.empty()) { // what a shell makes of a variable that is not set
+        throw UsageException("--output: the path is empty");
+    }
+}
+
+} // namespace Ambrel::Tool

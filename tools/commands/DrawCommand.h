@@ -1,0 +1,28 @@
+#pragma once
+
+#include "commands/ExitCode.h"
+#include "drawing/MapStyle.h"
+
+#include "Ambrel/BRect.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace Ambrel::Tool {
+
+struct Console;
+
+struct DrawOptions {
+    std::vector<std::string> paths;
+    std::string output;
+    int width = 1600; ///< pixels
+    int height = 1200;
+    std::optional<BRect> window; ///< none: everything
+    std::vector<StyleRule> styles;
+};
+
+/// Draws the layers over each other. Returns the exit code.
+int RunDraw(Console& console, DrawOptions const& options);
+
+} // namespace Ambrel::Tool

@@ -1,0 +1,74 @@
+#include "commands/ArgumentValues.h"
+#include "commands/Command.h"
+#include "commands/ExportCommand.h"
+#include "terminal/Console.h"
+
+#include <CLI/CLI.hpp>
+
+namespace Ambrel::Tool {
+
+namespace {
+
+std::map<std::string, HoldMode> const& Modes() {
+    static std::map<std::string, HoldMode> const modes = {{"stream", HoldMode::Stream},
+                                                          {"memory", HoldMode::Memory},
+                                                          {"cache", HoldMode::Cache},
+                                                          {"direct", HoldMode::Direct}};
+    return modes;
+}
+
+class ExportArguments final : public Command {
+public:
+    void Declare(CLI::App& app) override {
+        AddPath(app, options.path);
+        DeclareOutput(app);
+        AddWindow(app, window);
+        app.add_flag("--to-wgs84", options.toWgs84,
+                     "Transform to longitude and latitude (needs a .prj file)");
+        app.add_flag("--no-attributes", noAttributes, "Leave the table's values out");
+        app.add_option("--z-attribute", options.source.attributeZ,
+                       "Field whose value becomes Z (single points, lines and polygons)")
+            ->type_name("NAME");
+        AddEncoding(app, options.source.encoding);
+        app.add_option("--mode", mode,
+                       "Where features are meanwhile: stream (default), memory, cache (on disk) or "
+                       "direct; the result is the same")
+            ->type_name("NAME")
+            ->check(CLI::IsMember(Modes()));
+    }
+
+    int Run(Console& console) override {
+        RefuseEmptyOutput(options.output);
+        options.window = ParseOptionalWindow(window);
+        options.source.mode = Modes().at(mode);
+        options.source.useAttributes = !noAttributes;
+        if (noAttributes && !options.source.attributeZ.empty()) {
+            throw UsageException("--z-attribute: there are none with --no-attributes");
+        }
+        return RunExport(console, options);
+    }
+
+private:
+    void DeclareOutput(CLI::App& app) {
+        app.add_option("-o,--output", options.output,
+                       "File to write, \"-\" for standard output (default), or a folder that gets "
+                       "a file for each layer")
+            ->type_name("FILE");
+        app.add_option("--format", options.format, "geojson or csv (default: as FILE's extension)")
+            ->type_name("NAME")
+            ->check(CLI::IsMember({"geojson", "csv"}));
+    }
+
+    ExportOptions options;
+    std::string window;
+    std::string mode = "stream";
+    bool noAttributes = false;
+};
+
+} // namespace
+
+std::unique_ptr<Command> MakeExport() {
+    return std::make_unique<ExportArguments>();
+}
+
+} // namespace Ambrel::Tool

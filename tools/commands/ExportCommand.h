@@ -1,0 +1,27 @@
+#pragma once
+
+#include "commands/ExitCode.h"
+#include "source/Source.h"
+
+#include "Ambrel/BRect.h"
+
+#include <optional>
+#include <string>
+
+namespace Ambrel::Tool {
+
+struct Console;
+
+struct ExportOptions {
+    std::string path;
+    std::string output = "-";    ///< "-": standard output; a folder: a file in it for each layer
+    std::string format;          ///< "geojson", "csv", or empty: what the output's extension says
+    std::optional<BRect> window; ///< map units of the layer
+    bool toWgs84 = false;
+    SourceOptions source{.mode = HoldMode::Stream};
+};
+
+/// Converts the layers. Returns the exit code.
+int RunExport(Console& console, ExportOptions const& options);
+
+} // namespace Ambrel::Tool

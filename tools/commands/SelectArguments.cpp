@@ -1,0 +1,36 @@
+#include "commands/ArgumentValues.h"
+#include "commands/Command.h"
+#include "commands/SelectCommand.h"
+
+#include <CLI/CLI.hpp>
+
+namespace Ambrel::Tool {
+
+namespace {
+
+class SelectArguments final : public Command {
+public:
+    void Declare(CLI::App& app) override {
+        AddPath(app, options.path);
+        AddWindow(app, window);
+        app.get_option("--bbox")->required();
+        app.add_flag("--json", options.json, "Print a JSON array");
+    }
+
+    int Run(Console& console) override {
+        options.window = ParseWindow(window);
+        return RunSelect(console, options);
+    }
+
+private:
+    SelectOptions options;
+    std::string window;
+};
+
+} // namespace
+
+std::unique_ptr<Command> MakeSelect() {
+    return std::make_unique<SelectArguments>();
+}
+
+} // namespace Ambrel::Tool

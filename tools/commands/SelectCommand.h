@@ -1,0 +1,22 @@
+#pragma once
+
+#include "commands/ExitCode.h"
+
+#include "Ambrel/BRect.h"
+
+#include <string>
+
+namespace Ambrel::Tool {
+
+struct Console;
+
+struct SelectOptions {
+    std::string path;
+    BRect window; ///< map units of the layer
+    bool json = false;
+};
+
+/// Prints the indexes of the records whose rectangles meet the window. Returns the exit code.
+int RunSelect(Console& console, SelectOptions const& options);
+
+} // namespace Ambrel::Tool
