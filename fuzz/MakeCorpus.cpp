@@ -1,6 +1,7 @@
 // Writes the inputs that fuzzing starts from: make-fuzz-corpus FOLDER
 
 #include "ShapefileBuilder.h"
+#include "SourceInput.h"
 
 #include <iostream>
 
@@ -13,28 +14,21 @@ constexpr char const* prj =
     "GEOGCS[\"WGS 84\",DATUM[\"D_WGS_1984\",SPHEROID[\"WGS_1984\",6378137,298.257223563]],"
     "PRIMEM[\"Greenwich\",0],UNIT[\"Degree\",0.0174532925199433]]";
 
-Bytes SourceInput(ShapefileBuilder const& builder, std::uint8_t options) {
-    ByteList input;
-    input.Byte(options);
-    std::map<std::string, Bytes> files = builder.Files();
-    files[".prj"] = ByteList().Text(prj);
-    for (char const* const extension : {".shx", ".dbf", ".prj"}) {
-        input.Little16(static_cast<std::uint16_t>(files[extension].size()));
-    }
-    for (char const* const extension : {".shx", ".dbf", ".prj", ".shp"}) {
-        input.Append(files[extension]);
-    }
-    return input;
+Bytes Source(ShapefileBuilder const& builder, std::uint8_t options) {
+    std::map<std::string, Bytes> const files = builder.Files();
+    return Ambrel::Fuzz::SourceInput{options, files.at(".shx"), files.at(".dbf"),
+                                     ByteList().Text(prj), files.at(".shp")}
+        .Encode();
 }
 
 void WriteSeedsOf(std::int32_t shapeType, fs::path const& folder) {
     ShapefileBuilder const builder = SmallFile(shapeType);
     std::string const name = std::to_string(shapeType);
-    WriteFile(folder / "source" / name, SourceInput(builder, 0));
-    WriteFile(folder / "source" / (name + "-z"), SourceInput(builder, 2));
+    WriteFile(folder / "source" / name, Source(builder, 0));
+    WriteFile(folder / "source" / (name + "-z"), Source(builder, 2));
     WriteFile(folder / "table" / name, builder.Files()[".dbf"]);
     // Schemas and values to write have no layout of their own: these are as good as any bytes.
-    WriteFile(folder / "writing" / name, SourceInput(builder, 0));
+    WriteFile(folder / "writing" / name, Source(builder, 0));
     Bytes const main = builder.Files()[".shp"];
     for (std::size_t i = 0; i < builder.RecordCount(); ++i) {
         auto const [start, size] = builder.PlaceOf(i);
