@@ -1,6 +1,6 @@
 #include "BenchHost.h"
 
-#include "PlugIn.h"
+#include "source/PlugIn.h"
 
 #include <Ambrel/Ambrel.h>
 
