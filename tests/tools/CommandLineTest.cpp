@@ -74,7 +74,8 @@ protected:
 
 TEST_F(Program, GetsAlongWithPipesFilesAndLocales) {
     std::tuple<char const*, ToolRun> const cases[] = {
-        {"$TOOL export Zürich -o out && $TOOL export Zürich | cmp - out && wc -l <out",
+        {"$TOOL export Zürich -o out.json && $TOOL export Zürich | cmp - out.json && wc -l "
+         "<out.json",
          Printed("20002\n")},
         // The reader that leaves is no failure.
         {"$TOOL export Zürich | head -n 1",

@@ -238,8 +238,8 @@ TEST_F(Export, WritesToADeviceAndSaysWhatItCanNotDo) {
     EXPECT_TRUE(std::filesystem::is_character_file("/dev/null"));
     EXPECT_EQ(RunTool("export map.shp -o /dev/full"),
               Failed(1, "OutputException: write: /dev/full: No space left on device"));
-    EXPECT_EQ(RunTool("export map.shp -o no/such/file"),
-              Failed(1, "OutputException: write: no/such/file: No such file or directory"));
+    EXPECT_EQ(RunTool("export map.shp -o no/such/file.json"),
+              Failed(1, "OutputException: write: no/such/file.json: No such file or directory"));
     EXPECT_EQ(RunTool("export map.shp --to-wgs84"),
               Failed(1, "BDataManagerException: --to-wgs84: the coordinate system is not known "
                         "(map.shp)"));

@@ -54,9 +54,17 @@ private:
                        "File to write, \"-\" for standard output (default), or a folder that gets "
                        "a file for each layer")
             ->type_name("FILE");
-        app.add_option("--format", options.format, "geojson or csv (default: as FILE's extension)")
-            ->type_name("NAME")
-            ->check(CLI::IsMember({"geojson", "csv"}));
+        app.add_option("--format", options.format,
+                       FormatNames(", ") + " (default: as FILE's extension)")
+            ->type_name("NAME");
+        app.add_option("--geometry", options.formatOptions.geometry,
+                       "Geometry in CSV: wkt (default), xy (points alone), wkb or none")
+            ->type_name("FORM");
+        app.add_option("--precision", options.formatOptions.precision,
+                       "Most decimals of coordinates in text formats (default: as many as it "
+                       "takes)")
+            ->type_name("N")
+            ->check(CLI::Range(0, mostDecimals));
     }
 
     ExportOptions options;

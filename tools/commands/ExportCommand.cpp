@@ -1,10 +1,8 @@
 #include "commands/ExportCommand.h"
 #include "commands/FeaturePassage.h"
 #include "commands/ForEachFile.h"
-#include "formats/CsvWriter.h"
-#include "formats/GeoJsonWriter.h"
+#include "formats/Format.h"
 #include "formats/GeometryWalk.h"
-#include "formats/OutputFile.h"
 #include "terminal/Console.h"
 
 #include "Ambrel/BFileUtilities.h"
@@ -17,10 +15,6 @@ namespace Ambrel::Tool {
 namespace {
 
 namespace fs = std::filesystem;
-
-bool IsCsv(ExportOptions const& options) {
-    return options.format.empty() ? ExtensionOf(options.output) == ".csv" : options.format == "csv";
-}
 
 std::unique_ptr<BTransform> TransformOf(BVectorLayer const& layer) {
     if (!layer.GetCoordSys()) {
@@ -89,13 +83,6 @@ private:
     std::unique_ptr<BTransform> transform;
 };
 
-std::unique_ptr<FeatureWriter> MakeWriter(OutputFile& output, ExportOptions const& options) {
-    if (IsCsv(options)) {
-        return std::make_unique<CsvWriter>(output, options.source.useAttributes);
-    }
-    return std::make_unique<GeoJsonWriter>(output);
-}
-
 void RequireField(BAttributeDefs const& schema, std::string const& name) {
     for (std::uint64_t i = 0; i < schema.GetCount(); ++i) {
         if (schema.GetAt(i).name.Utf8() == name) {
@@ -114,21 +101,25 @@ std::uint64_t ExportFile(Console& console, BString const& file, std::string cons
         RequireField(source.Layer().GetSchema(), options.source.attributeZ);
     }
     std::unique_ptr<BTransform> transform = options.toWgs84 ? TransformOf(source.Layer()) : nullptr;
-    OutputFile output(console, outputPath);
-    std::unique_ptr<FeatureWriter> const writer = MakeWriter(output, options);
+    LayerDescription layer = DescribeLayer(source.Layer());
+    if (!options.source.useAttributes) {
+        layer.schema.Clear();
+    }
+    std::unique_ptr<FeatureWriter> const writer =
+        FormatFor(options.format, options.output).make(console, outputPath, options.formatOptions);
     Export const task(console, file, options, *writer, std::move(transform));
-    writer->Begin(source.Layer().name, source.Layer().GetSchema());
+    writer->BeginLayer(layer);
     std::uint64_t const problems =
         PassFeatures(console, file, source,
                      [&](std::uint64_t record, BFeature& feature) { task.Take(record, feature); });
-    writer->End();
-    output.Commit();
+    writer->EndLayer();
+    writer->Finish();
     return problems;
 }
 
 /// One file for each layer, named after it.
 int ExportToFolder(Console& console, ExportOptions const& options) {
-    char const* const extension = IsCsv(options) ? ".csv" : ".geojson";
+    std::string const extension(FormatFor(options.format, options.output).extensions.front());
     std::set<std::string> written;
     std::uint64_t problems = 0;
     int const failed = ForEachFile(console, {options.path}, [&](BString const& file) {
@@ -146,6 +137,7 @@ int ExportToFolder(Console& console, ExportOptions const& options) {
 } // namespace
 
 int RunExport(Console& console, ExportOptions const& options) {
+    FormatFor(options.format, options.output).Require(options.formatOptions);
     std::error_code error; // what can not be looked at is no folder, and opening it will tell
     if (fs::is_directory(options.output, error)) {
         return ExportToFolder(console, options);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "commands/ExitCode.h"
+#include "formats/Format.h"
 #include "source/Source.h"
 
 #include "Ambrel/BRect.h"
@@ -14,8 +15,9 @@ struct Console;
 
 struct ExportOptions {
     std::string path;
-    std::string output = "-";    ///< "-": standard output; a folder: a file in it for each layer
-    std::string format;          ///< "geojson", "csv", or empty: what the output's extension says
+    std::string output = "-"; ///< "-": standard output; a folder: a file in it for each layer
+    std::string format;       ///< a name, or empty: what the output's extension says
+    FormatOptions formatOptions;
     std::optional<BRect> window; ///< map units of the layer
     bool toWgs84 = false;
     SourceOptions source{.mode = HoldMode::Stream};

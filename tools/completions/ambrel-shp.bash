@@ -32,10 +32,11 @@ _ambrel_shp() {
             mapfile -t COMPREPLY < <(compgen -f -- "$current")
             return
             ;;
-        --format) _ambrel_shp_words "geojson csv" "$current"; return ;;
+        --format) _ambrel_shp_words "geojson geojsonseq csv" "$current"; return ;;
+        --geometry) _ambrel_shp_words "wkt xy wkb none" "$current"; return ;;
         --mode) _ambrel_shp_words "stream memory cache direct" "$current"; return ;;
         --encoding) _ambrel_shp_words "UTF-8 1252 1250 ISO-8859-1 ISO-8859-2 850 Big5" "$current"; return ;;
-        --bbox | --z-attribute | --size | --style) return ;;
+        --bbox | --precision | --z-attribute | --size | --style) return ;;
     esac
 
     if [[ $current == -* ]]; then
@@ -45,7 +46,7 @@ _ambrel_shp() {
             info) options+=" --json --encoding" ;;
             export)
                 options+=" --output --format --bbox --to-wgs84 --no-attributes --z-attribute"
-                options+=" --encoding --mode"
+                options+=" --encoding --mode --geometry --precision"
                 ;;
             select) options+=" --bbox --json" ;;
             draw) options+=" --output --size --bbox --style" ;;

@@ -1,13 +1,16 @@
 #pragma once
 
-#include "Ambrel/BFeature.h"
+#include "formats/LayerDescription.h"
 
 namespace Ambrel::Tool {
 
-class OutputFile;
-
-/// Turns features into the text of one format. The text goes to the OutputFile that the writer was
-/// made with, so every operation may throw what that does.
+/// Puts the features of layers into one output of one format: BeginLayer, Write for each feature
+/// and EndLayer; once for each layer where the format holds several; then Finish. Nothing appears
+/// under the output's name before Finish, and nothing ever does where a writer is destroyed
+/// without.
+///
+/// Every operation may throw OutputException and PipeClosedException; BeginLayer also throws
+/// UsageException for a layer that the format or its options cannot hold.
 class FeatureWriter {
 public:
     FeatureWriter() noexcept = default;
@@ -15,13 +18,16 @@ public:
     FeatureWriter& operator=(FeatureWriter const&) = delete;
     virtual ~FeatureWriter() = default;
 
-    /// What stands before the first feature.
-    virtual void Begin(BString const& layerName, BAttributeDefs const& schema) = 0;
-    /// `geometry` null: the feature has none that can be written.
+    /// What stands before the first feature. REQUIRES: the description lives until EndLayer.
+    virtual void BeginLayer(LayerDescription const& layer) = 0;
+    /// `geometry` null: the feature has none that can be written. Else it is the feature's own or
+    /// one of the same vertices in other coordinates, and all of them are finite.
     virtual void Write(std::uint64_t record, BFeature const& feature,
                        BGeometry const* geometry) = 0;
     /// What stands behind the last one.
-    virtual void End() = 0;
+    virtual void EndLayer() = 0;
+    /// Puts the output in place.
+    virtual void Finish() = 0;
 };
 
 } // namespace Ambrel::Tool

@@ -8,28 +8,56 @@ namespace Ambrel::Tool {
 namespace {
 
 /// An area's outer ring. The shell of a donut may be an area of any kind.
-BPolygon const* OuterRing(BAreaGeo const* area) {
+BPolygon const* OuterRing(BAreaGeo const* area) noexcept {
     while (area && area->type == GEO_DONUT) {
         area = static_cast<BDonut const*>(area)->GetShell().Get();
     }
-    return static_cast<BPolygon const*>(area);
+    auto const* const ring = static_cast<BPolygon const*>(area);
+    return ring && ring->GetPoints().GetCount() > 0 ? ring : nullptr;
 }
 
 } // namespace
 
-AreaRings RingsOf(BAreaGeo const& area) {
-    AreaRings rings;
-    rings.shell = OuterRing(&area);
+char const* NameOf(GeometryKind kind) noexcept {
+    static constexpr char const* names[] = {"Point",      "LineString",      "Polygon",
+                                            "MultiPoint", "MultiLineString", "MultiPolygon"};
+    return names[static_cast<std::size_t>(kind) - 1];
+}
+
+std::optional<GeometryKind> KindOf(BGeometry const& geometry) noexcept {
+    switch (geometry.type) {
+    case GEO_POINT: return GeometryKind::Point;
+    case GEO_POLYLINE: return GeometryKind::LineString;
+    case GEO_POLYGON:
+    case GEO_DONUT: return GeometryKind::Polygon;
+    case GEO_AGGREGATE_POINT: return GeometryKind::MultiPoint;
+    case GEO_AGGREGATE_LINEAR: return GeometryKind::MultiLineString;
+    case GEO_AGGREGATE_AREA: return GeometryKind::MultiPolygon;
+    case GEO_NONE: break;
+    }
+    return std::nullopt;
+}
+
+namespace detail {
+
+BPolygon const* ShellOf(BAreaGeo const& area) noexcept {
+    return OuterRing(&area);
+}
+
+std::vector<BPolygon const*> HolesOf(BAreaGeo const& area) {
+    std::vector<BPolygon const*> holes;
     if (area.type == GEO_DONUT) {
         auto const& donut = static_cast<BDonut const&>(area);
         for (std::uint64_t i = 0; i < donut.GetHoleCount(); ++i) {
             if (BPolygon const* const hole = OuterRing(donut.GetHoleAt(i).Get())) {
-                rings.holes.push_back(hole);
+                holes.push_back(hole);
             }
         }
     }
-    return rings;
+    return holes;
 }
+
+} // namespace detail
 
 std::uint64_t ClosedCount(BPoints const& ring, bool is3d) {
     std::uint64_t const count = ring.GetCount();

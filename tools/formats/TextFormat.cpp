@@ -74,6 +74,18 @@ void AppendNumber(std::string& text, double value) {
                                 : std::to_chars(digits.data(), end, value);
     text.append(digits.data(), result.ptr);
 }
+void AppendRounded(std::string& text, double value, int decimals) {
+    std::array<char, 400> digits; // 309 before the point, and as many behind it as are allowed
+    char* const end = digits.data() + digits.size();
+    auto const result =
+        std::to_chars(digits.data(), end, value, std::chars_format::fixed, decimals);
+    std::string_view number(digits.data(), static_cast<std::size_t>(result.ptr - digits.data()));
+    if (number.find('.') != std::string_view::npos) {
+        number.remove_suffix(number.size() - 1 - number.find_last_not_of('0'));
+        number.remove_suffix(number.back() == '.' ? 1 : 0);
+    }
+    text += number == "-0" ? "0" : number;
+}
 void AppendNumber(std::string& text, std::int64_t value) {
     AppendChars(text, value);
 }

@@ -9,6 +9,9 @@ namespace Ambrel::Tool {
 /// Appends the fewest digits that read back to the same double; with an exponent only below 1e-5
 /// and from 1e15 on. REQUIRES: it is finite.
 void AppendNumber(std::string& text, double value);
+/// The same with at most `decimals` digits after the decimal point, rounded, without zeros at their
+/// end.
+void AppendRounded(std::string& text, double value, int decimals);
 void AppendNumber(std::string& text, std::int64_t value);
 void AppendNumber(std::string& text, std::uint64_t value);
 
