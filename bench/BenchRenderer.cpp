@@ -1,8 +1,8 @@
 #include "BenchRenderer.h"
 
-#include "MapStyle.h"
-#include "MapWindow.h"
-#include "PainterRenderer.h"
+#include "drawing/MapStyle.h"
+#include "drawing/MapWindow.h"
+#include "drawing/PainterRenderer.h"
 
 #include <QImage>
 #include <QPainter>
