@@ -4,6 +4,7 @@
 #include "Ambrel/BFileUtilities.h"
 #include "Ambrel/BInputFile.h"
 #include "Ambrel/BLogger.h"
+#include "ShpReader/Report.h"
 
 #include <QFile>
 
@@ -54,7 +55,9 @@ void BDbfFile::Open(BString const& fileName, std::uint32_t newMode, bool strict)
 void BDbfFile::OpenToRead(BString const& fileName, bool strict) {
     input = std::make_unique<BInputFile>(path);
     if (!input->IsOpen()) {
-        throw BFileNotFoundException(openOperation, fileName);
+        BFileNotFoundException failure(openOperation, fileName);
+        failure.SetReason(input->GetOpenError());
+        throw failure;
     }
     ReadHeader();
     CheckSize(strict);
@@ -73,10 +76,7 @@ void BDbfFile::ReadHeader() {
     bool const isWhole = input->Read(0, bytes.data(), bytes.size()) == bytes.size();
     header = DbfHeader::Decode(bytes.data());
     if (!isWhole || !header.IsValid()) {
-        BLogger::Instance()->WriteLine(
-            LOG_FATAL,
-            "DBF-Reader: Header contains invalid values, header length=%i, record length=%i",
-            static_cast<int>(header.headerLength), static_cast<int>(header.recordLength));
+        Note(FindingCode::TableHeaderNotValid, {header.headerLength, header.recordLength});
         ThrowNotValid();
     }
 }
@@ -88,15 +88,17 @@ void BDbfFile::CheckSize(bool strict) {
     case DbfSizeMatch::WithoutDeletionFlag: ++header.recordLength; return;
     case DbfSizeMatch::None: break;
     }
-    BLogger& log = *BLogger::Instance();
-    log.WriteLine(LOG_WARNING, "DBF-Reader: DBF file is not valid.  File size does not match "
-                               "computed data size.");
-    log.WriteLine(LOG_WARNING, "DBF-Reader: Data records are missing or corrupt.");
+    Note(FindingCode::TableSizeMismatch);
+    Note(FindingCode::TableRecordsMissing);
     if (strict) {
         ThrowNotValid();
     }
     useDefaultValues = true;
-    log.WriteLine(LOG_WARNING, "DBF-Reader: Feature attributes contain default values.");
+    Note(FindingCode::TableDefaultValues);
+}
+
+void BDbfFile::Note(FindingCode code, std::vector<BLogValue> values) const {
+    Report({.code = code, .file = path.Ascii(), .values = std::move(values)});
 }
 
 void BDbfFile::ThrowNotValid() const {

@@ -4,6 +4,7 @@
 #include "ShpReader/dbf/DbfFieldConversion.h"
 #include "ShpReader/dbf/RecordWindow.h"
 #include "ShpReader/format/DbfFormat.h"
+#include "ShpReader/format/Findings.h"
 
 #include <cstdint>
 #include <memory>
@@ -120,6 +121,8 @@ private:
     void ReadHeader();
     void CheckSize(bool strict);
     [[noreturn]] void ThrowNotValid() const;
+    /// Reports a finding about the table as a whole.
+    void Note(FindingCode code, std::vector<BLogValue> values = {}) const;
     void RequireMode(std::uint32_t requiredMode, char const* operation) const;
     void CreateDefaultAttributes();
     void ReadWithOwnHandle(std::uint32_t index, BAttributes& attributes);

@@ -1,6 +1,6 @@
 #include "Ambrel/BException.h"
 #include "Ambrel/BInputFile.h"
-#include "Ambrel/BLogger.h"
+#include "ShpReader/Report.h"
 #include "ShpReader/dbf/BDbfFile.h"
 #include "ShpReader/dbf/DbfFieldConversion.h"
 
@@ -75,9 +75,7 @@ void BDbfFile::ReadWithPrivateHandle(std::uint32_t index, BAttributes& attribute
 }
 
 void BDbfFile::UseDefaults(std::uint32_t index, BAttributes& attributes) const {
-    BLogger::Instance()->WriteLine(
-        LOG_WARNING, "DBF-Reader: Record %u is missing or incomplete: default values used. File=%s",
-        index, path.Ascii());
+    Report({.code = FindingCode::TableRowIncomplete, .file = path.Ascii(), .record = index});
     attributes = MakeDefaultAttributes();
 }
 

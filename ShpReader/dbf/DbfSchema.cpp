@@ -52,7 +52,7 @@ void BDbfFile::ReadSchema() {
     fieldOffsets.clear();
     textCaches.clear();
     if (!header.HasRegularLength()) {
-        BLogger::Instance()->WriteLine(LOG_WARNING, "DBF-File: Header length is not valid.");
+        Note(FindingCode::TableHeaderLengthOdd);
     }
     std::vector<char> const descriptors = ReadDescriptors(*input, header);
     std::size_t const fieldCount = descriptors.size() / DbfFieldDescriptor::size;
