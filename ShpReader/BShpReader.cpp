@@ -17,6 +17,40 @@ constexpr char const* openOperation = "BShpReader::Open";
 constexpr char const* readOperation = "BShpReader::Read";
 constexpr char const* queryOperation = "BShpReader::QueryInfo";
 
+struct Switch {
+    char const* name;
+    bool ReadOptions::*option;
+};
+
+constexpr Switch switches[] = {
+    {"MISSING_AS_NULL", &ReadOptions::missingAsNull},
+    {"SKIP_DELETED", &ReadOptions::skipDeleted},
+    {"MEASURES_ALWAYS", &ReadOptions::measuresAlways},
+    {"SALVAGE", &ReadOptions::salvage},
+};
+
+/// The value of a switch. What is neither true nor false makes no sense.
+bool ParseSwitch(char const* name, BVariant const& value) {
+    bool const isSet = value.GetValueAsBoolean(false);
+    if (isSet != value.GetValueAsBoolean(true)) {
+        throw BException(category, openOperation,
+                         BString::Format("%s=%s", name, value.GetValueAsString("").Ascii()));
+    }
+    return isSet;
+}
+
+ReadOptions ParseReadOptions(BParamList const& params) {
+    ReadOptions options;
+    options.encoding = params.GetString("ENCODING").Utf8();
+    static_cast<void>(TextDecoder(options.encoding, openOperation)); // refuses what is not known
+    for (auto const& [name, option] : switches) {
+        if (BVariant const* const value = params.Find(name)) {
+            options.*option = ParseSwitch(name, *value);
+        }
+    }
+    return options;
+}
+
 } // namespace
 
 BShpReader::BShpReader(BParamList const& params) : BVectorDataReader(DS_SHP, params) {
@@ -49,7 +83,7 @@ void BShpReader::OpenFiles(BString const& fileName, BParamList const& params) {
     }
     layers.Reserve(paths.size());
     files.reserve(paths.size());
-    OpenOptions const options = ReadOptions(params);
+    OpenOptions const options = TakeOptions(params);
     for (BString const& path : paths) {
         OpenFile(path, options);
     }
@@ -57,7 +91,7 @@ void BShpReader::OpenFiles(BString const& fileName, BParamList const& params) {
     BLogger::Instance()->WriteLine(LOG_PROGRESS, "SHP-Reader: Open() succeeded");
 }
 
-BShpReader::OpenOptions BShpReader::ReadOptions(BParamList const& params) {
+BShpReader::OpenOptions BShpReader::TakeOptions(BParamList const& params) {
     OpenOptions options;
     options.usingDiskCache = UsingDiskCache();
     options.cacheBaseName = GetDiskCacheBaseName();
@@ -68,11 +102,13 @@ BShpReader::OpenOptions BShpReader::ReadOptions(BParamList const& params) {
     if (params.HasProperty("USE_ATTRIBUTES")) {
         options.useAttributes = params.GetBoolean("USE_ATTRIBUTES", false);
     }
+    options.reading = ParseReadOptions(params);
     return options;
 }
 
 void BShpReader::OpenFile(BString const& path, OpenOptions const& options) {
     BSharedPtr<BShpFile> file(new BShpFile);
+    file->SetOptions(options.reading);
     file->Open(path, BShpFile::readMode, options.useAttributes, options.attributeZName);
     BSharedPtr<BVectorLayer> layer = MakeLayer(file, options);
     layer->name = BFileUtilities::GetBasename(file->GetFileName());

@@ -11,7 +11,8 @@ namespace Ambrel {
 ///
 /// Options of Open: "USE_ATTRIBUTES" (boolean, true when absent): whether features get the values
 /// of the table; "USE_ATTRIBUTE_Z" (text): the attribute whose value replaces the Z of single-part
-/// geometries.
+/// geometries; and those of ReadOptions: "ENCODING" (text), "MISSING_AS_NULL", "SKIP_DELETED",
+/// "MEASURES_ALWAYS", "SALVAGE" (booleans, false when absent).
 class BShpReader final : public BVectorDataReader {
 public:
     explicit BShpReader(BParamList const& params);
@@ -27,8 +28,10 @@ public:
 
 protected:
     /// Opens every file and makes its layer. With direct access the layers have their features
-    /// then; else Read fills them. Throws what BShpFile::Open throws; files and layers before the
-    /// failing one stay.
+    /// then; else Read fills them. Throws BException ("Ambrel Exception", "BShpReader::Open",
+    /// "NAME=value") for an option of ReadOptions that makes no sense, before any file is touched:
+    /// an encoding that tables can not have, a switch that is neither true nor false. Throws what
+    /// BShpFile::Open throws; files and layers before the failing one stay.
     void OpenImpl(BString const& fileName, BParamList const& params) override;
     void CloseImpl() override;
     /// Fills the layers. Throws BNotOpenException, BResourceException when memory runs out (status
@@ -39,12 +42,13 @@ private:
     struct OpenOptions {
         bool useAttributes = true;
         BString attributeZName;
+        ReadOptions reading;
         bool usingDiskCache = false;
         BString cacheBaseName;
         int cachePageSize = 0;
     };
 
-    OpenOptions ReadOptions(BParamList const& params);
+    OpenOptions TakeOptions(BParamList const& params);
     void OpenFiles(BString const& fileName, BParamList const& params);
     void OpenFile(BString const& path, OpenOptions const& options);
     BSharedPtr<BVectorLayer> MakeLayer(BSharedPtr<BShpFile>& file, OpenOptions const& options);

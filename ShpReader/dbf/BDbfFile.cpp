@@ -53,6 +53,7 @@ void BDbfFile::Open(BString const& fileName, std::uint32_t newMode, bool strict)
 }
 
 void BDbfFile::OpenToRead(BString const& fileName, bool strict) {
+    decoder = TextDecoder(options.encoding, openOperation);
     input = std::make_unique<BInputFile>(path);
     if (!input->IsOpen()) {
         BFileNotFoundException failure(openOperation, fileName);

@@ -3,8 +3,10 @@
 #include "Ambrel/BFeature.h"
 #include "ShpReader/dbf/DbfFieldConversion.h"
 #include "ShpReader/dbf/RecordWindow.h"
+#include "ShpReader/dbf/TextDecoder.h"
 #include "ShpReader/format/DbfFormat.h"
 #include "ShpReader/format/Findings.h"
+#include "ShpReader/format/ReadOptions.h"
 
 #include <cstdint>
 #include <memory>
@@ -36,13 +38,17 @@ public:
     /// Finishes a table that is open for writing as Close does.
     virtual ~BDbfFile();
 
+    /// What reading does beyond the format's rules. REQUIRES: not open yet.
+    void SetOptions(ReadOptions const& readOptions) { options = readOptions; }
+
     /// Opens a table for reading (mode 1) or empties it for writing (any other mode). When a table
     /// that is read has not the size that its header says, `strict` makes that an error; otherwise
     /// every record has default values. Called once for each object.
     ///
     /// Throws BFileNotFoundException when the file does not open or is no regular file,
     /// BFileContentNotValidException for a malformed header (and a wrong size when strict),
-    /// BAlreadyOpenException; any other failure becomes a BException.
+    /// BAlreadyOpenException, and, before the file is touched, BException ("ENCODING=name") for an
+    /// encoding that tables can not have; any other failure becomes a BException.
     virtual void Open(BString const& fileName, std::uint32_t newMode, bool strict);
 
     /// Ends a table that is open for writing: the end byte, and the record count in the header. In
@@ -143,6 +149,8 @@ private:
     std::uint32_t recordsWritten = 0;
     BString path; ///< complete
     std::uint32_t mode = 0;
+    ReadOptions options;
+    TextDecoder decoder; ///< of texts and field names; the same from Open on
     BFeatures features;
     BAttributeDefs schema;
     std::vector<std::int32_t> fieldOffsets; ///< bytes in a record, parallel to the schema

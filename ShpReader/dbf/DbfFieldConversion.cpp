@@ -14,10 +14,6 @@ std::string_view CutAtNul(std::string_view text) noexcept {
     return text.substr(0, text.find('\0'));
 }
 
-bool IsAscii(std::string_view text) noexcept {
-    return std::all_of(text.begin(), text.end(), [](char c) { return (c & 0x80) == 0; });
-}
-
 template <class T>
 std::uint64_t Load(char const* bytes) noexcept {
     T value;
@@ -44,8 +40,8 @@ std::size_t HashOf(std::string_view text) noexcept {
     return ((head ^ (tail * 31) ^ text.size()) * 0x9E3779B97F4A7C15U) >> 32;
 }
 
-BString MakeText(std::string_view text, TextCache* cache) {
-    return cache && !text.empty() ? cache->Share(text) : BString(text.data(), text.size());
+BString MakeText(std::string_view text, TextDecoder const& decoder, TextCache* cache) {
+    return cache && !text.empty() ? cache->Share(text, decoder) : decoder.Decode(text);
 }
 
 BVariant ConvertDate(std::string_view field, TextCache* cache) {
@@ -53,27 +49,26 @@ BVariant ConvertDate(std::string_view field, TextCache* cache) {
     if (text.empty() || text == dbfNoDate) {
         return {};
     }
-    BVariant value(MakeText(text, cache));
+    static TextDecoder const plain(nullptr); // a date is bytes, whatever the table's encoding
+    BVariant value(MakeText(text, plain, cache));
     value.SetType(VAR_DATE);
     return value;
 }
 
 } // namespace
 
-BString TextCache::Share(std::string_view text) {
+BString TextCache::Share(std::string_view bytes, TextDecoder const& decoder) {
     if (textsSinceHit >= hopelessAfter && ++textsSinceHit % triedWhenHopeless != 0) {
-        return {text.data(), text.size()};
+        return decoder.Decode(bytes);
     }
-    BString& held = texts[HashOf(text) % texts.size()];
-    if (held.Utf8() == text) {
+    BString& held = texts[HashOf(bytes) % texts.size()];
+    if (held.Utf8() == bytes) {
         textsSinceHit = 0;
         return held;
     }
     ++textsSinceHit;
-    BString made(text.data(), text.size());
-    // What other bytes than ASCII mean depends on the codec, which may change between two records;
-    // some codecs give ASCII bytes another meaning too.
-    if (IsAscii(text) && made.Utf8() == text) {
+    BString made = decoder.Decode(bytes);
+    if (made.Utf8() == bytes) {
         held = made;
     }
     return made;
@@ -102,7 +97,8 @@ std::string_view GetTrimmedText(std::string_view field) noexcept {
     return CutAtNul(field);
 }
 
-BVariant ConvertField(std::string_view field, EVariantType type, TextCache* cache) {
+BVariant ConvertField(std::string_view field, EVariantType type, TextDecoder const& decoder,
+                      TextCache* cache) {
     switch (type) {
     // A number ends before the first NUL, as before any character that is not part of it.
     case VAR_INTEGER: return {ParseInteger(field)};
@@ -110,7 +106,7 @@ BVariant ConvertField(std::string_view field, EVariantType type, TextCache* cach
     case VAR_DOUBLE: return {ParseDouble(field)};
     case VAR_BOOLEAN: return {field.find_first_of("TtYy1") != std::string_view::npos};
     case VAR_DATE: return ConvertDate(field, cache);
-    default: return {MakeText(GetTrimmedText(field), cache)};
+    default: return {MakeText(GetTrimmedText(field), decoder, cache)};
     }
 }
 
@@ -118,7 +114,7 @@ void BDbfFile::DbfField2Attribute(std::string_view record, BAttributeDef const& 
                                   std::int32_t offset, BAttribute& attribute) {
     std::string_view const field = GetFieldBytes(record, offset, definition.width);
     attribute.SetName(definition.name);
-    attribute.SetValue(ConvertField(field, definition.GetType(), nullptr));
+    attribute.SetValue(ConvertField(field, definition.GetType(), TextDecoder(), nullptr));
 }
 
 } // namespace Ambrel

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Ambrel/BVariant.h"
+#include "ShpReader/dbf/TextDecoder.h"
 
 #include <array>
 #include <cstdint>
@@ -22,18 +23,19 @@ std::string_view GetTrimmedText(std::string_view field) noexcept;
 /// are looked up.
 class TextCache {
 public:
-    /// REQUIRES: the text is not empty.
-    BString Share(std::string_view text);
+    /// The decoded text. REQUIRES: it is not empty, and the decoder is the same in every call.
+    BString Share(std::string_view bytes, TextDecoder const& decoder);
 
 private:
     static constexpr std::uint32_t hopelessAfter = 512;
     static constexpr std::uint32_t triedWhenHopeless = 16; ///< one of so many
 
     std::uint32_t textsSinceHit = 0;
-    std::array<BString, 64> texts; ///< each where its hash says; ASCII only
+    std::array<BString, 64> texts; ///< each where its hash says, if decoding changes no byte of it
 };
 
 /// The value of a field; a date may be null. `cache`: the column's texts, or null.
-BVariant ConvertField(std::string_view field, EVariantType type, TextCache* cache);
+BVariant ConvertField(std::string_view field, EVariantType type, TextDecoder const& decoder,
+                      TextCache* cache);
 
 } // namespace Ambrel

@@ -15,13 +15,14 @@ constexpr char readRecordOperation[] = "BDbfFile::ReadAttributeRecord";
 /// Appends the values of a record. `caches` has an entry for each field, or is null where texts
 /// are not to be shared between records.
 void ConvertRecord(std::string_view record, BAttributeDefs const& schema,
-                   std::vector<std::int32_t> const& offsets, TextCache* caches,
-                   BAttributes& attributes) {
+                   std::vector<std::int32_t> const& offsets, TextDecoder const& decoder,
+                   TextCache* caches, BAttributes& attributes) {
     attributes.Reserve(attributes.GetCount() + offsets.size());
     for (std::size_t i = 0; i < offsets.size(); ++i) {
         BAttributeDef const& field = schema.GetAt(i);
-        attributes.Add(field.name, ConvertField(GetFieldBytes(record, offsets[i], field.width),
-                                                field.GetType(), caches ? caches + i : nullptr));
+        attributes.Add(field.name,
+                       ConvertField(GetFieldBytes(record, offsets[i], field.width), field.GetType(),
+                                    decoder, caches ? caches + i : nullptr));
     }
 }
 
@@ -56,7 +57,7 @@ void BDbfFile::ReadWithOwnHandle(std::uint32_t index, BAttributes& attributes) {
         return;
     }
     textCaches.resize(fieldOffsets.size());
-    ConvertRecord(record, schema, fieldOffsets, textCaches.data(), attributes);
+    ConvertRecord(record, schema, fieldOffsets, decoder, textCaches.data(), attributes);
 }
 
 void BDbfFile::ReadWithPrivateHandle(std::uint32_t index, BAttributes& attributes) const {
@@ -71,7 +72,7 @@ void BDbfFile::ReadWithPrivateHandle(std::uint32_t index, BAttributes& attribute
         UseDefaults(index, attributes);
         return;
     }
-    ConvertRecord(record, schema, fieldOffsets, nullptr, attributes);
+    ConvertRecord(record, schema, fieldOffsets, decoder, nullptr, attributes);
 }
 
 void BDbfFile::UseDefaults(std::uint32_t index, BAttributes& attributes) const {

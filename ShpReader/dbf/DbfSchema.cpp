@@ -7,10 +7,10 @@ namespace Ambrel {
 
 namespace {
 
-BAttributeDef MakeDefinition(DbfFieldDescriptor const& descriptor) {
+BAttributeDef MakeDefinition(DbfFieldDescriptor const& descriptor, TextDecoder const& decoder) {
     BAttributeDef definition;
     definition.SetType(descriptor.GetVariantType());
-    definition.name = BString(descriptor.name.data(), descriptor.name.size());
+    definition.name = decoder.Decode(descriptor.name);
     definition.width = descriptor.width;
     definition.decimals = descriptor.decimals;
     if (definition.GetType() == VAR_DATE) {
@@ -62,7 +62,7 @@ void BDbfFile::ReadSchema() {
     for (std::size_t i = 0; i < fieldCount; ++i) {
         auto const descriptor =
             DbfFieldDescriptor::Decode(descriptors.data() + i * DbfFieldDescriptor::size);
-        schema.Add(MakeDefinition(descriptor));
+        schema.Add(MakeDefinition(descriptor, decoder));
         fieldOffsets.push_back(offset);
         offset += descriptor.width;
     }

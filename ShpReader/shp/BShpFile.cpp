@@ -52,6 +52,7 @@ void BShpFile::OpenAll(BString const& name) {
     prjFileName = changeExtension(fileName, ".prj");
     dbfFileName = changeExtension(fileName, ".dbf");
     dbfFile = BSharedPtr<BDbfFile>(new BDbfFile);
+    dbfFile->SetOptions(options);
     if (mode == writeMode) {
         OpenToWrite();
     } else {

@@ -64,6 +64,9 @@ public:
     /// BNotOpenException after a failed Open.
     virtual void WriteNullShape();
 
+    /// What reading does beyond the format's rules. REQUIRES: not open yet.
+    void SetOptions(ReadOptions const& readOptions) { options = readOptions; }
+
     /// Opens the file `name` and its companions: mode 1 to read, 2 to write (which empties them).
     /// `newUseAttributes`: whether features get attribute values. `newAttributeZName`: the
     /// attribute whose value replaces the Z of single-part geometries, or empty. An object that is
@@ -231,6 +234,7 @@ private:
     double mMax = std::numeric_limits<double>::lowest();
     std::uint32_t mode = closedMode;
     BProgress* progress = nullptr;
+    ReadOptions options;
     bool useAttributes = true;
     ContentBuffer shapeBuffer; ///< shared, reused from record to record
     std::shared_ptr<IndexCopy const> indexBuffer;

@@ -107,12 +107,16 @@ TEST_F(RecordReading, RecordsBeyondTwoGibibytesAreFound) {
     }
 }
 
-TEST_F(RecordReading, SharedTextFollowsTheCodec) {
+TEST_F(RecordReading, TextsKeepTheCodecThatTheTableWasOpenedWith) {
+    QTextCodec const* const latin = QTextCodec::codecForName("ISO-8859-1");
     Open(Rows(3));
     EXPECT_EQ(Read(1), Row(1));
-    BString::SetCodec(QTextCodec::codecForName("ISO-8859-1"));
-    EXPECT_EQ(Read(2)[1], "text \xC3\x83\xC2\xA3");
+    BString::SetCodec(latin);
+    EXPECT_EQ(Read(2), Row(2));
+    Reopen();
     BString::SetCodec(nullptr);
+    EXPECT_EQ(Read(1)[1], "text \xC3\x83\xC2\xA3");
+    EXPECT_EQ(Read(2, false)[1], "text \xC3\x83\xC2\xA3");
 }
 
 TEST_F(RecordReading, WholeTableReadStopsAtItsLimitAndAppends) {

@@ -1,6 +1,7 @@
 #include "source/Source.h"
 
 #include "formats/OutputFile.h"
+#include "source/Encoding.h"
 #include "source/Log.h"
 #include "source/PlugIn.h"
 #include "terminal/Console.h"
@@ -29,6 +30,9 @@ BParamList OptionsOfOpen(SourceOptions const& options) {
         params.SetValue(BString::FromUtf8("USE_ATTRIBUTE_Z"),
                         BString::FromUtf8(options.attributeZ));
     }
+    if (!options.encoding.empty()) {
+        params.SetValue(BString::FromUtf8("ENCODING"), BString::FromUtf8(options.encoding));
+    }
     return params;
 }
 
@@ -41,7 +45,7 @@ void Source::Destroy::operator()(BDataReader* reader) const {
 Source::Source(Console& console, BString const& newPath, SourceOptions const& newOptions)
     : path(newPath), options(newOptions) {
     if (options.useAttributes || !options.encoding.empty()) {
-        encoding.emplace(console, path, options.encoding);
+        options.encoding = ChooseEncoding(console, path, options.encoding);
     }
     Open();
 }

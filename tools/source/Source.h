@@ -1,11 +1,8 @@
 #pragma once
 
-#include "source/Encoding.h"
-
 #include "Ambrel/BDataManager.h"
 
 #include <memory>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -19,6 +16,8 @@ enum class HoldMode {
     Direct, ///< in the file
 };
 
+struct Console;
+
 struct SourceOptions {
     HoldMode mode = HoldMode::Direct;
     bool useAttributes = true;
@@ -27,7 +26,6 @@ struct SourceOptions {
 };
 
 /// One shapefile, opened with a reader of its own so that a bad one does not stop the others.
-/// Only one source at a time can have an encoding.
 class Source final {
 public:
     /// Throws what the reader's Open throws.
@@ -51,7 +49,6 @@ private:
 
     BString path;
     SourceOptions options;
-    std::optional<EncodingScope> encoding; ///< none where no text is asked for
     std::unique_ptr<BDataReader, Destroy> reader;
     BSharedPtr<BLayer> layer;
 };

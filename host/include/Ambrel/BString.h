@@ -18,10 +18,9 @@ namespace Ambrel {
 /// An immutable text, implicitly shared: a copy counts one holder more.
 ///
 /// The text is held decoded, as UTF-8; its wide form is made when it is first asked for. 8-bit text
-/// is decoded when the string is made: with the codec that the application set (SetCodec), else as
-/// UTF-8 where the bytes are valid UTF-8 and as Windows-1252 where they are not. A character that
-/// is cut at the end of UTF-8 is left out; where all before it is ASCII, nobody knows that it is
-/// one.
+/// is decoded when the string is made: as UTF-8 where the bytes are valid UTF-8 and as Windows-1252
+/// where they are not. A character that is cut at the end of UTF-8 is left out; where all before it
+/// is ASCII, nobody knows that it is one.
 ///
 /// Strings may be read and copied by several threads at once; one object is changed by one thread
 /// at a time. Everything that allocates may throw std::bad_alloc; texts are limited to 2 GiB
@@ -74,18 +73,18 @@ public:
     /// printf-style formatting that does not depend on the locale. Understands the conversions
     /// d i u c s p x X o f F e E g G a A %, the flags, widths and precisions (`*` too), and the
     /// lengths hh h l ll j z t I64; `#` does nothing to g and G. `%s` takes 8-bit text as Ascii()
-    /// gives it, `%ls` wide text. The result is decoded by the default rule whatever codec is set:
-    /// its parts come from here.
+    /// gives it, `%ls` wide text. The result is decoded as 8-bit text is.
     static BString Format(char const* format, ...) __attribute__((format(printf, 1, 2)));
 
     /// Text that is known to be valid UTF-8: no codec is applied.
     static BString FromUtf8(std::string_view text);
     static BString FromQString(QString const& text);
 
-    /// The codec that decodes all 8-bit text from now on; null for the default rule. It is process
-    /// wide and wins over the default even where the bytes are valid UTF-8. The codec must outlive
-    /// its use (Qt owns the codecs that QTextCodec gives out).
+    /// The codec of the texts in data files that are opened from now on and state no encoding of
+    /// their own; null for the rule above. Process-wide. Strings made of 8-bit text do not follow
+    /// it. The codec must outlive its use (Qt owns the codecs that QTextCodec gives out).
     static void SetCodec(QTextCodec const* codec) noexcept;
+    static QTextCodec const* GetCodec() noexcept;
 
 private:
     /// One shared text: this head, then the bytes and a NUL in the same allocation. Features hold
@@ -119,7 +118,6 @@ private:
     static void Free(Rep* rep) noexcept;
     void AssignUtf8(char const* text, std::size_t size);
     void Decode(char const* text, std::size_t size);
-    void DecodeByDefault(char const* text, std::size_t size);
 
     Rep* rep = nullptr; ///< null for the empty string
 };

@@ -77,18 +77,11 @@ void BString::SetCodec(QTextCodec const* codec) noexcept {
     textCodec.store(codec, std::memory_order_release);
 }
 
-void BString::Decode(char const* text, std::size_t size) {
-    if (QTextCodec const* const codec = textCodec.load(std::memory_order_acquire)) {
-        if (size > static_cast<std::size_t>(std::numeric_limits<int>::max())) {
-            throw std::bad_array_new_length();
-        }
-        *this = FromQString(codec->toUnicode(text, static_cast<int>(size), nullptr));
-        return;
-    }
-    DecodeByDefault(text, size);
+QTextCodec const* BString::GetCodec() noexcept {
+    return textCodec.load(std::memory_order_acquire);
 }
 
-void BString::DecodeByDefault(char const* text, std::size_t size) {
+void BString::Decode(char const* text, std::size_t size) {
     if (Unicode::IsValidUtf8({text, size})) {
         AssignUtf8(text, size);
         return;
@@ -166,7 +159,7 @@ BString BString::Format(char const* format, ...) {
     }
     va_end(arguments);
     BString result;
-    result.DecodeByDefault(text.data(), text.size());
+    result.Decode(text.data(), text.size());
     return result;
 }
 
