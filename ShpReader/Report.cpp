@@ -27,4 +27,15 @@ void Report(Finding const& finding) noexcept {
     }
 }
 
+void Report(FindingCode code, BString const& file, std::optional<std::uint32_t> record,
+            std::initializer_list<BLogValue> values) noexcept {
+    if (!IsReported(code)) {
+        return;
+    }
+    try {
+        Report({code, std::string(file.Utf8()), record, values});
+    } catch (std::exception const&) { // NOLINT(bugprone-empty-catch): as above
+    }
+}
+
 } // namespace Ambrel

@@ -29,10 +29,11 @@ void WalkVertices(VertexRecord const& record) {
 }
 
 void WalkParts(VertexRecord const& record) {
-    if (record.CheckPartStarts() != RecordFault::None || record.PartCount() == 0) {
+    if (record.PartCount() == 0) {
         return;
     }
-    auto sum = static_cast<std::size_t>(record.PartStart(0));
+    // The start of a single part is no position.
+    auto sum = record.PartCount() == 1 ? 0 : static_cast<std::size_t>(record.PartStart(0));
     for (std::size_t part = 0; part < record.PartCount(); ++part) {
         sum += record.PartSize(part);
     }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Ambrel/ByteOrder.h"
+#include "ShpReader/format/Findings.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -8,17 +9,19 @@
 
 namespace Ambrel {
 
-/// Why a record can not be decoded.
-enum class RecordFault : std::uint8_t {
-    None,
-    TooShort,        ///< the content ends before its fixed fields do
-    CountsDoNotFit,  ///< the vertices that the counts promise are not there
-    PartsOutOfOrder, ///< the part starts decrease, or lie outside the vertices
-    ClaimedTooOften, ///< the index names more bytes in all than the file can stand for
+/// Why a record cannot be decoded, numbered as what it is reported as.
+enum class RecordFault : std::uint32_t {
+    None = 0,
+    TooShort = static_cast<std::uint32_t>(FindingCode::ContentTooShort),
+    CountsDoNotFit = static_cast<std::uint32_t>(FindingCode::CountsDoNotFit),
+    PartsOutOfOrder = static_cast<std::uint32_t>(FindingCode::PartsOutOfOrder),
+    ClaimedTooOften = static_cast<std::uint32_t>(FindingCode::ClaimedTooOften),
 };
 
-/// The fault as a log line names it.
-char const* DescribeFault(RecordFault fault) noexcept;
+/// What a fault, which is not None, is reported as.
+constexpr FindingCode FindingOf(RecordFault fault) noexcept {
+    return static_cast<FindingCode>(fault);
+}
 
 /// The content of one record: its bytes and their number, which never part. Whoever reads asks
 /// Holds first; nothing else bounds a record.

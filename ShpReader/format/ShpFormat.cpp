@@ -1,5 +1,6 @@
 #include "ShpReader/format/ShpFormat.h"
 
+#include <algorithm>
 #include <array>
 
 namespace Ambrel {
@@ -61,12 +62,30 @@ constexpr std::size_t boxXMin = 4;
 constexpr std::size_t boxYMin = 12;
 constexpr std::size_t boxXMax = 20;
 constexpr std::size_t boxYMax = 28;
-constexpr std::size_t multiPointCount = 36;
-constexpr std::size_t multiPoints = 40;
 constexpr std::size_t partCount = 36;
-constexpr std::size_t partPointCount = 40;
-constexpr std::size_t partStarts = 44;
 } // namespace ContentOffset
+
+/// The counts behind the box of a record of several vertices, each of four bytes: that of the parts
+/// where there are any, then that of the points.
+struct CountFields {
+    bool hasParts;
+    std::size_t end; ///< bytes
+};
+
+/// Null for a layout that is not decoded into vertices.
+CountFields const* FindCountFields(ShapeLayout layout) noexcept {
+    static constexpr CountFields ofMultiPoint{false, 40};
+    static constexpr CountFields ofParts{true, mostBytesWithCounts};
+    switch (layout) {
+    case ShapeLayout::MultiPoint: return &ofMultiPoint;
+    case ShapeLayout::Polyline:
+    case ShapeLayout::Polygon: return &ofParts;
+    case ShapeLayout::Null:
+    case ShapeLayout::Point:
+    case ShapeLayout::MultiPatch: break;
+    }
+    return nullptr;
+}
 
 static_assert(mostBytesWithBounds == ContentOffset::boxYMax + shpDoubleSize);
 
@@ -75,17 +94,6 @@ double LoadDouble(std::uint8_t const* bytes) noexcept {
 }
 
 } // namespace
-
-char const* DescribeFault(RecordFault fault) noexcept {
-    switch (fault) {
-    case RecordFault::None: break;
-    case RecordFault::TooShort: return "content is too short";
-    case RecordFault::CountsDoNotFit: return "counts do not fit the content";
-    case RecordFault::PartsOutOfOrder: return "part starts are out of order";
-    case RecordFault::ClaimedTooOften: return "index claims more than the main file holds";
-    }
-    return "nothing is wrong";
-}
 
 ShapeType const* FindShapeType(std::int32_t code) noexcept {
     auto const index = static_cast<std::uint32_t>(code);
@@ -194,6 +202,20 @@ std::optional<RecordBounds> ReadBounds(RecordContent content) noexcept {
         content.ReadDouble(ContentOffset::boxXMax), content.ReadDouble(ContentOffset::boxYMax)};
 }
 
+std::uint64_t BytesToDecode(RecordContent start, std::uint64_t size, bool fileHasZ,
+                            bool fileHasMeasures) noexcept {
+    std::uint64_t const startSize = std::min<std::uint64_t>(size, mostBytesWithCounts);
+    ShapeType const* const type =
+        start.Holds(0, shapeTypeSize) ? FindShapeType(ReadShapeType(start)) : nullptr;
+    std::optional<VertexBlocks> const blocks =
+        type ? VertexBlocks::Locate(start, type->layout) : std::nullopt;
+    if (!blocks || blocks->pointsEnd > size) {
+        return startSize; // which holds every point
+    }
+    std::uint64_t const blockCount = (fileHasZ ? 1U : 0U) + (fileHasMeasures ? 1U : 0U);
+    return std::min(size, blocks->pointsEnd + blockCount * blocks->blockSize);
+}
+
 PointRecord PointRecord::Decode(RecordContent content, bool fileHasZ,
                                 bool fileHasMeasures) noexcept {
     PointRecord record;
@@ -214,63 +236,69 @@ PointRecord PointRecord::Decode(RecordContent content, bool fileHasZ,
     return record;
 }
 
+std::optional<VertexBlocks> VertexBlocks::Locate(RecordContent content,
+                                                 ShapeLayout layout) noexcept {
+    CountFields const* const fields = FindCountFields(layout);
+    if (!fields || !content.Holds(0, fields->end)) {
+        return std::nullopt;
+    }
+    std::int32_t const parts = fields->hasParts ? content.ReadI32(ContentOffset::partCount) : 0;
+    std::int32_t const vertices = content.ReadI32(fields->end - sizeof parts);
+    if (parts < 0 || vertices < 0) {
+        return std::nullopt;
+    }
+    // Both are of 31 bits, so no sum comes near the end of 64.
+    VertexBlocks blocks;
+    blocks.partCount = static_cast<std::uint64_t>(parts);
+    blocks.pointCount = static_cast<std::uint64_t>(vertices);
+    blocks.partStarts = fields->end;
+    blocks.points = fields->end + shpPartStartSize * blocks.partCount;
+    blocks.pointsEnd = blocks.points + shpPointSize * blocks.pointCount;
+    blocks.blockSize = shpRangeSize + shpDoubleSize * blocks.pointCount;
+    return blocks;
+}
+
 VertexRecord VertexRecord::OfMultiPoint(RecordContent content, bool fileHasZ,
                                         bool fileHasMeasures) noexcept {
-    VertexRecord record(content);
-    if (!content.Holds(0, ContentOffset::multiPoints)) {
-        record.fault = content.WhyShort();
-        return record;
-    }
-    record.Locate(ContentOffset::multiPoints, 0, content.ReadI32(ContentOffset::multiPointCount),
-                  fileHasZ, fileHasMeasures);
-    return record;
+    return {content, ShapeLayout::MultiPoint, fileHasZ, fileHasMeasures};
 }
 
 VertexRecord VertexRecord::OfParts(RecordContent content, bool fileHasZ,
                                    bool fileHasMeasures) noexcept {
-    VertexRecord record(content);
-    if (!content.Holds(0, ContentOffset::partStarts)) {
-        record.fault = content.WhyShort();
-        return record;
+    VertexRecord record(content, ShapeLayout::Polyline, fileHasZ, fileHasMeasures);
+    if (record.fault == RecordFault::None && record.PartCount() > 1) {
+        record.fault = record.CheckPartStarts();
     }
-    record.Locate(ContentOffset::partStarts, content.ReadI32(ContentOffset::partCount),
-                  content.ReadI32(ContentOffset::partPointCount), fileHasZ, fileHasMeasures);
     return record;
 }
 
-/// The blocks follow each other: part starts, points, then where the file has them the Z range and
-/// values and the measure range and values.
-void VertexRecord::Locate(std::size_t countsEnd, std::int64_t newPartCount,
-                          std::int64_t newPointCount, bool fileHasZ,
-                          bool fileHasMeasures) noexcept {
-    // Both counts are of 31 bits, so no sum below comes near the end of 64.
-    auto const parts = static_cast<std::uint64_t>(newPartCount);
-    auto const vertices = static_cast<std::uint64_t>(newPointCount);
-    std::uint64_t const pointsAt = countsEnd + shpPartStartSize * parts;
-    std::uint64_t const pointsEnd = pointsAt + shpPointSize * vertices;
-    if (newPartCount < 0 || newPointCount < 0 || !content.Holds(0, pointsEnd)) {
+VertexRecord::VertexRecord(RecordContent newContent, ShapeLayout layout, bool fileHasZ,
+                           bool fileHasMeasures) noexcept
+    : content(newContent) {
+    if (!content.Holds(0, FindCountFields(layout)->end)) {
+        fault = content.WhyShort();
+        return;
+    }
+    std::optional<VertexBlocks> const located = VertexBlocks::Locate(content, layout);
+    if (!located || !content.Holds(0, located->pointsEnd)) {
         fault = RecordFault::CountsDoNotFit;
         return;
     }
-    partCount = parts;
-    pointCount = vertices;
-    partStarts = countsEnd;
-    points = pointsAt;
-    std::uint64_t const blockSize = rangeSize + shpDoubleSize * vertices;
-    if (fileHasZ && content.Holds(pointsEnd, blockSize)) {
-        zBlock = pointsEnd;
+    blocks = *located;
+    if (fileHasZ && content.Holds(blocks.pointsEnd, blocks.blockSize)) {
+        zBlock = blocks.pointsEnd;
     }
-    std::uint64_t const measuresAt = fileHasZ ? pointsEnd + blockSize : pointsEnd;
-    if (fileHasMeasures && content.Holds(measuresAt, blockSize)) {
+    std::uint64_t const measuresAt = blocks.pointsEnd + (fileHasZ ? blocks.blockSize : 0);
+    if (fileHasMeasures && content.Holds(measuresAt, blocks.blockSize)) {
         measureBlock = measuresAt;
     }
 }
 
 RecordFault VertexRecord::CheckPartStarts() const noexcept {
     std::int64_t previous = 0;
-    for (std::size_t part = 0; part < partCount; ++part) {
+    for (std::size_t part = 0; part < PartCount(); ++part) {
         std::int64_t const start = PartStart(part);
-        if (start < previous || start > static_cast<std::int64_t>(pointCount)) {
+        if (start < previous || start > static_cast<std::int64_t>(PointCount())) {
             return RecordFault::PartsOutOfOrder;
         }
         previous = start;
@@ -279,8 +307,11 @@ RecordFault VertexRecord::CheckPartStarts() const noexcept {
 }
 
 std::size_t VertexRecord::PartSize(std::size_t part) const noexcept {
+    if (PartCount() == 1) {
+        return PointCount();
+    }
     std::size_t const end =
-        part + 1 < partCount ? static_cast<std::size_t>(PartStart(part + 1)) : pointCount;
+        part + 1 < PartCount() ? static_cast<std::size_t>(PartStart(part + 1)) : PointCount();
     return end - static_cast<std::size_t>(PartStart(part));
 }
 

@@ -19,6 +19,7 @@ constexpr std::uint32_t shpBytesPerWord = 2;
 constexpr std::size_t shpDoubleSize = 8;
 constexpr std::size_t shpPointSize = 16; ///< X and Y
 constexpr std::size_t shpPartStartSize = 4;
+constexpr std::size_t shpRangeSize = 16; ///< minimum and maximum
 
 /// How the records of a shape type are laid out.
 enum class ShapeLayout : std::uint8_t { Null, Point, MultiPoint, Polyline, Polygon, MultiPatch };
@@ -133,6 +134,14 @@ std::optional<RecordBounds> ReadBounds(RecordContent content) noexcept;
 /// The bytes at the start of a content that ReadBounds looks at, at the most.
 constexpr std::uint32_t mostBytesWithBounds = 36;
 
+/// The bytes at the start of a content that tell how much of it there is to decode.
+constexpr std::uint32_t mostBytesWithCounts = 44;
+/// How many bytes of a content of `size` bytes there are to decode, by what stands in its `start`:
+/// those that its type and counts take, no more than `size`. Where vertices are missing, that is
+/// the start alone.
+std::uint64_t BytesToDecode(RecordContent start, std::uint64_t size, bool fileHasZ,
+                            bool fileHasMeasures) noexcept;
+
 /// The fields of a point record.
 struct PointRecord {
     RecordFault fault = RecordFault::None; ///< set: the other members mean nothing
@@ -144,6 +153,21 @@ struct PointRecord {
     static PointRecord Decode(RecordContent content, bool fileHasZ, bool fileHasMeasures) noexcept;
 };
 
+/// Where the blocks of a record of several vertices stand, by its counts: offsets in the content,
+/// in bytes. They follow each other: part starts, points, then where the file has them the Z range
+/// and values and the measure range and values.
+struct VertexBlocks {
+    std::uint64_t partCount = 0;
+    std::uint64_t pointCount = 0;
+    std::uint64_t partStarts = 0;
+    std::uint64_t points = 0;
+    std::uint64_t pointsEnd = 0;
+    std::uint64_t blockSize = 0; ///< of the Z block, and of the measures
+
+    /// Nothing for a layout without vertices, and where the counts are negative or not there.
+    static std::optional<VertexBlocks> Locate(RecordContent content, ShapeLayout layout) noexcept;
+};
+
 /// A record of several vertices, found to hold what its counts promise: a multipoint, or the parts
 /// of a polyline or polygon. It looks into the content, which must outlive it.
 class VertexRecord {
@@ -152,61 +176,55 @@ public:
     /// values or measures, is left out.
     static VertexRecord OfMultiPoint(RecordContent content, bool fileHasZ,
                                      bool fileHasMeasures) noexcept;
+    /// Several part starts must never decrease, from 0 up, and none may lie behind the last vertex.
+    /// The start of a single part is no position and may be anything: it has all vertices.
     static VertexRecord OfParts(RecordContent content, bool fileHasZ,
                                 bool fileHasMeasures) noexcept;
 
     /// Anything but None: no other operation may be called.
     RecordFault Fault() const noexcept { return fault; }
-    /// PartsOutOfOrder unless the part starts, from 0 up, never decrease and none lies behind the
-    /// last vertex.
-    RecordFault CheckPartStarts() const noexcept;
 
-    std::size_t PartCount() const noexcept { return partCount; }
-    std::size_t PointCount() const noexcept { return pointCount; }
+    std::size_t PartCount() const noexcept { return blocks.partCount; }
+    std::size_t PointCount() const noexcept { return blocks.pointCount; }
     bool HasZ() const noexcept { return zBlock != 0; }
     bool HasMeasures() const noexcept { return measureBlock != 0; }
 
     /// The index of the first vertex of `part`, as stored.
     std::int32_t PartStart(std::size_t part) const noexcept {
-        return content.ReadI32(partStarts + shpPartStartSize * part);
+        return content.ReadI32(blocks.partStarts + shpPartStartSize * part);
     }
-    /// The vertices of `part`: the next part's start, or the end, minus its own start.
-    /// REQUIRES: CheckPartStarts() is None.
+    /// The vertices of `part`: all of a single one; else the next part's start, or the end, minus
+    /// its own start.
     std::size_t PartSize(std::size_t part) const noexcept;
 
     double X(std::size_t vertex) const noexcept {
-        return content.ReadDouble(points + shpPointSize * vertex);
+        return content.ReadDouble(blocks.points + shpPointSize * vertex);
     }
     double Y(std::size_t vertex) const noexcept {
-        return content.ReadDouble(points + shpPointSize * vertex + shpDoubleSize);
+        return content.ReadDouble(blocks.points + shpPointSize * vertex + shpDoubleSize);
     }
     /// REQUIRES, for the Z operations: HasZ(). Ranges are (minimum, maximum), as stored.
     double Z(std::size_t vertex) const noexcept {
-        return content.ReadDouble(zBlock + rangeSize + shpDoubleSize * vertex);
+        return content.ReadDouble(zBlock + shpRangeSize + shpDoubleSize * vertex);
     }
     std::pair<double, double> ZRange() const noexcept { return Range(zBlock); }
     /// REQUIRES, for the measure operations: HasMeasures().
     double Measure(std::size_t vertex) const noexcept {
-        return content.ReadDouble(measureBlock + rangeSize + shpDoubleSize * vertex);
+        return content.ReadDouble(measureBlock + shpRangeSize + shpDoubleSize * vertex);
     }
     std::pair<double, double> MeasureRange() const noexcept { return Range(measureBlock); }
 
 private:
-    static constexpr std::size_t rangeSize = 2 * shpDoubleSize;
-
-    explicit VertexRecord(RecordContent newContent) noexcept : content(newContent) {}
-    void Locate(std::size_t countsEnd, std::int64_t newPartCount, std::int64_t newPointCount,
-                bool fileHasZ, bool fileHasMeasures) noexcept;
+    VertexRecord(RecordContent newContent, ShapeLayout layout, bool fileHasZ,
+                 bool fileHasMeasures) noexcept;
+    RecordFault CheckPartStarts() const noexcept;
     std::pair<double, double> Range(std::size_t block) const noexcept {
         return {content.ReadDouble(block), content.ReadDouble(block + shpDoubleSize)};
     }
 
     RecordContent content;
     RecordFault fault = RecordFault::None;
-    std::size_t partCount = 0;
-    std::size_t pointCount = 0;
-    std::size_t partStarts = 0; ///< offsets in the content, in bytes
-    std::size_t points = 0;
+    VertexBlocks blocks;
     std::size_t zBlock = 0; ///< 0: not there
     std::size_t measureBlock = 0;
 };

@@ -2,6 +2,8 @@
 
 #include "ShpReader/shp/BShpFile.h"
 
+#include "ShpReader/shp/RecordAccess.h"
+
 namespace Ambrel {
 
 namespace {
@@ -16,12 +18,9 @@ bool IsCandidate(BRect const& rectangle) noexcept {
 template <class Visit>
 void BShpFile::VisitRecordsInArea(char const* operation, BRect const& area, Visit visit) const {
     RequireMode(readMode, "BShpFile::ReadFeature");
-    PrivateFile main(operation, fileName);
-    RecordAccess access = AccessPrivately(main, RecordAccess::scanPiece);
-    ContentBuffer buffer;
+    RecordAccess access(RequireRecords(operation), {}, RecordAccess::scanPiece);
     for (std::uint32_t index = 0; index < recordCount; ++index) {
-        BRect const rectangle =
-            GetRecordMBR(ReadRecord(index, access, buffer, false, mostBytesWithBounds));
+        BRect const rectangle = GetRecordMBR(access.ReadRecord(index));
         if (IsCandidate(rectangle) && area.Meets(rectangle) && !visit(index)) {
             return;
         }

@@ -2,12 +2,10 @@
 
 #include "Ambrel/BException.h"
 #include "Ambrel/BFileUtilities.h"
-#include "Ambrel/BLogger.h"
+#include "ShpReader/Report.h"
+#include "ShpReader/shp/RecordStore.h"
 
 #include <QFile>
-
-#include <array>
-#include <new>
 
 namespace Ambrel {
 
@@ -82,25 +80,25 @@ void BShpFile::OpenToWrite() {
 }
 
 void BShpFile::OpenToRead() {
-    mainInput = std::make_unique<PrivateFile>(openOperation, fileName);
+    records = std::make_unique<RecordStore>(openOperation, fileName);
     GetHeader();
-    indexInput = std::make_unique<PrivateFile>(openOperation, indexFileName);
-    // Sizes of files are taken modulo 2^32.
-    recordCount = ShpIndexEntry::CountIn(static_cast<std::uint32_t>(indexInput->GetSizeAtOpen()));
+    records->OpenIndex(openOperation, indexFileName);
+    recordCount = records->GetRecordCount();
     if (!BFileUtilities::Exists(dbfFileName)) {
-        throw BFileNotFoundException(openOperation, dbfFileName);
+        BFileNotFoundException failure(openOperation, dbfFileName);
+        failure.SetReason(BInputFile(dbfFileName).GetOpenError());
+        throw failure;
     }
     dbfFile->Open(dbfFileName, BDbfFile::readMode, false);
     LoadCoordSys();
 }
 
 void BShpFile::GetHeader() {
-    std::array<std::uint8_t, ShpFileHeader::size> bytes{};
-    bool const isWhole = mainInput->Read(0, bytes.data(), bytes.size()) == bytes.size();
-    ShpFileHeader const header = ShpFileHeader::Decode(bytes.data());
-    if (!isWhole || !header.IsValid()) {
+    std::optional<ShpFileHeader> const read = records->ReadHeader();
+    if (!read) {
         throw BFileContentNotValidException("BShpFile::GetHeader", fileName);
     }
+    ShpFileHeader const& header = *read;
     extent = BBox(BRect(header.xMin, header.yMin, header.xMax, header.yMax));
     shapeType = static_cast<std::uint32_t>(header.shapeType);
     hasZ = header.HasZ();
@@ -123,7 +121,7 @@ void BShpFile::LoadCoordSys() {
     try {
         coordSys = BSharedPtr<BCoordSys>(BCoordSys::FromFile(prjFileName));
     } catch (BException const&) {
-        BLogger::Instance()->WriteLine(LOG_WARNING, "SHP-Reader: Failed to load coordinate system");
+        Report(FindingCode::CoordSysNotLoaded, prjFileName);
     }
 }
 
@@ -137,31 +135,23 @@ BBox BShpFile::GetMBB() const {
 }
 
 void BShpFile::LoadIndex() {
-    ReleaseShapeBuffer();
-    if (!mainInput || !indexInput) {
-        return;
+    if (records) {
+        records->LoadIndex();
     }
-    std::lock_guard const hold(indexLock);
-    std::uint64_t const size = std::uint64_t{ShpIndexEntry::size} * recordCount;
-    try {
-        auto copy = std::make_shared<IndexCopy>();
-        copy->entries.reset(new std::uint8_t[size]);
-        copy->size = indexInput->Read(ShpIndexEntry::PositionOf(0), copy->entries.get(), size);
-        indexBuffer = std::move(copy);
-    } catch (std::bad_alloc const&) {
-        indexBuffer.reset(); // Entries are read from the file when they are needed.
-    }
-}
-
-void BShpFile::ReleaseShapeBuffer() noexcept {
-    std::lock_guard const hold(shapeLock);
-    shapeBuffer.Release();
 }
 
 void BShpFile::ReleaseBuffers() noexcept {
-    ReleaseShapeBuffer();
-    std::lock_guard const hold(indexLock);
-    indexBuffer.reset();
+    if (records) {
+        records->ReleaseBuffers();
+    }
+}
+
+std::uint32_t BShpFile::GetShapeBufferSize() const noexcept {
+    return records ? records->GetSharedBuffer().capacity : 0;
+}
+
+bool BShpFile::HasIndexInMemory() const {
+    return records && records->HoldIndex();
 }
 
 void BShpFile::Close() noexcept {
@@ -170,12 +160,10 @@ void BShpFile::Close() noexcept {
     } else if (dbfFile) {
         dbfFile->Close(); // Whoever else holds the table sees it emptied.
     }
-    mainInput.reset();
-    indexInput.reset();
+    records.reset();
     mainFile.reset();
     indexFile.reset();
     dbfFile = BSharedPtr<BDbfFile>();
-    ReleaseBuffers();
     mode = closedMode;
 }
 

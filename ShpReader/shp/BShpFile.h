@@ -6,12 +6,12 @@
 #include "Ambrel/BSharedPtr.h"
 #include "Ambrel/BString.h"
 #include "ShpReader/dbf/BDbfFile.h"
-#include "ShpReader/shp/RecordAccess.h"
+#include "ShpReader/format/ReadOptions.h"
+#include "ShpReader/format/RecordContent.h"
 
 #include <cstdint>
 #include <limits>
 #include <memory>
-#include <mutex>
 #include <vector>
 
 class QFile;
@@ -21,6 +21,8 @@ namespace Ambrel {
 class BParamList;
 class BProgress;
 class BRenderer;
+class RecordStore;
+struct ShpFileHeader;
 
 /// One shapefile: the main file (".shp"), its index (".shx"), its table (".dbf") and its optional
 /// coordinate system (".prj"). See the "ESRI Shapefile Technical Description" (July 1998).
@@ -29,9 +31,11 @@ class BRenderer;
 /// the data: one log line of severity 2 names the record, its feature is delivered without
 /// geometry, and the records behind it are read as if nothing were wrong.
 ///
-/// Threads: ReadFeature, HasFeaturesInArea, SelectFeatures and RenderFeatures open handles of their
-/// own and may run on several threads at once, as may GetFeatureMBRAt. Everything else is for one
-/// thread at a time.
+/// A file that is open for reading stays as it was opened, with the index that belongs to it, also
+/// when another takes its place or it is removed.
+///
+/// Threads: ReadFeature, HasFeaturesInArea, SelectFeatures, RenderFeatures and GetFeatureMBRAt may
+/// run on several threads at once. Everything else is for one thread at a time.
 ///
 /// Every record operation throws BReadWriteMismatchException (with an empty message) in the wrong
 /// mode, and BIndexOutOfBoundsException (operation, "Index=%llu, NumRecords=%u") for an index that
@@ -50,6 +54,9 @@ public:
     /// Closes the file. After writing, completes the headers; where no record was written, removes
     /// the files.
     virtual ~BShpFile();
+
+    // Hosts call these through their slots: the order of the virtual operations, the destructor
+    // first, is part of the interface.
 
     /// Does nothing in write mode. Throws BReadWriteMismatchException otherwise.
     virtual void Write();
@@ -104,8 +111,8 @@ public:
     /// The extent with the header's Z range, where the file has Z.
     BBox GetMBB() const;
     /// Bytes that the shared record buffer holds.
-    std::uint32_t GetShapeBufferSize() const noexcept { return shapeBuffer.capacity; }
-    bool HasIndexInMemory() const { return HoldIndex() != nullptr; }
+    std::uint32_t GetShapeBufferSize() const noexcept;
+    bool HasIndexInMemory() const;
 
     /// The observer of whole-file reads, not owned; null for none.
     void SetProgress(BProgress* newProgress) noexcept { progress = newProgress; }
@@ -120,10 +127,10 @@ public:
     BSharedPtr<BFeature> Read(std::uint32_t index, RecordContent content, bool complete,
                               bool useOwnHandle);
 
-    /// Reads one record as a feature through handles of its own. `complete`: with format, record
-    /// number, attributes and attribute Z. Throws BFileNotFoundException for a file that is gone,
-    /// BResourceException or std::bad_alloc where memory ends, and as Read does. Any failure but a
-    /// wrong index lets go of the index in memory, and of the shared record buffer.
+    /// Reads one record as a feature. `complete`: with format, record number, attributes and
+    /// attribute Z. Throws BResourceException or std::bad_alloc where memory ends, and as Read
+    /// does. Any failure but a wrong index lets go of the index in memory, and of the shared record
+    /// buffer.
     BSharedPtr<BFeature> ReadFeature(std::uint64_t index, bool complete);
     /// The stored rectangle of a record: a point's position, the box of the other types; empty for
     /// null, multipatch and unknown types and where the content is too short for it.
@@ -161,20 +168,15 @@ private:
     void OpenToWrite();
     void GetHeader();
     void LoadCoordSys();
-    void ReleaseShapeBuffer() noexcept;
     void Close() noexcept;
     void FillLayer(BVectorLayer& layer);
 
     // Record access.
     void RequireMode(std::uint32_t requiredMode, char const* operation) const;
     void RequireIndex(std::uint64_t index, char const* operation) const;
-    std::shared_ptr<IndexCopy const> HoldIndex() const;
-    /// Access through a private handle on the main file.
-    RecordAccess AccessPrivately(PrivateFile& main, std::size_t piece) const;
-    RecordAccess AccessShared(std::size_t piece);
-    RecordContent
-    ReadRecord(std::uint32_t index, RecordAccess& access, ContentBuffer& buffer, bool reuseBuffers,
-               std::uint32_t mostBytes = std::numeric_limits<std::uint32_t>::max()) const;
+    /// The records, for an operation that cannot do without. A failed Open may have left none:
+    /// BFileNotFoundException.
+    RecordStore& RequireRecords(char const* operation) const;
     BSharedPtr<BFeature> FetchFeature(std::uint32_t index, bool complete);
 
     // Layer reading.
@@ -185,21 +187,9 @@ private:
     template <class Visit>
     void VisitRecordsInArea(char const* operation, BRect const& area, Visit visit) const;
 
-    // Decoding. Each returns a feature, without geometry where the content is not valid.
+    // Decoding.
     BSharedPtr<BFeature> Decode(std::uint32_t index, RecordContent content) const;
-    BSharedPtr<BFeature> ReadPoint(std::uint32_t index, RecordContent content) const;
-    BSharedPtr<BFeature> ReadMultiPoint(std::uint32_t index, RecordContent content) const;
-    BSharedPtr<BFeature> ReadPolyline(std::uint32_t index, RecordContent content) const;
-    BSharedPtr<BFeature> ReadPolygon(std::uint32_t index, RecordContent content) const;
-    BSharedPtr<BFeature> MakeFeature() const;
-    /// Makes the geometry of a sound record of several vertices.
-    using MakeGeometry = BSharedPtr<BGeometry> (*)(std::uint32_t index, VertexRecord const& record,
-                                                   bool is3d);
-    BSharedPtr<BFeature> MakeFeatureOf(std::uint32_t index, VertexRecord const& record,
-                                       MakeGeometry makeGeometry) const;
-    void ReportMissingBlocks(std::uint32_t index, bool zIsThere, bool measuresAreThere) const;
-    /// Adds the Z and measure entries of a record of several vertices.
-    void AddPartMetadata(VertexRecord const& record, BKeyValuePairs& metadata) const;
+    void Complete(std::uint32_t index, BFeature& feature, bool useOwnHandle);
     void ApplyAttributeZ(std::uint32_t index, BFeature& feature) const;
 
     // Writing.
@@ -213,9 +203,8 @@ private:
     void WriteCompanions();
     void RemoveOutputs();
 
-    std::unique_ptr<BInputFile> mainInput; ///< open while the file is open for reading
-    std::unique_ptr<BInputFile> indexInput;
-    std::unique_ptr<QFile> mainFile; ///< there while the file is open for writing
+    std::unique_ptr<RecordStore> records; ///< there while the file is open for reading
+    std::unique_ptr<QFile> mainFile;      ///< there while the file is open for writing
     std::unique_ptr<QFile> indexFile;
     BString fileName;
     BString indexFileName;
@@ -236,15 +225,10 @@ private:
     BProgress* progress = nullptr;
     ReadOptions options;
     bool useAttributes = true;
-    ContentBuffer shapeBuffer; ///< shared, reused from record to record
-    std::shared_ptr<IndexCopy const> indexBuffer;
     bool hasAttributeZName = false;
     BString attributeZName;
 
-    // A fetch that fails on one thread lets go of both buffers while others are at work.
-    mutable std::mutex indexLock; ///< guards `indexBuffer`
-    std::mutex shapeLock;         ///< guards `shapeBuffer` but for the whole-file read
-    bool isMainWritten = false;   ///< the file has been opened for writing, and so emptied
+    bool isMainWritten = false; ///< the file has been opened for writing, and so emptied
     bool isIndexWritten = false;
     bool isTableWritten = false;
     bool hasFailedWrite = false;

@@ -1,9 +1,13 @@
-// The whole-file read.
+// What a layer is told before any record is read, and the whole-file read.
 
 #include "ShpReader/shp/BShpFile.h"
 
+#include "Ambrel/BException.h"
 #include "Ambrel/BFeatureCollection.h"
 #include "Ambrel/BProgress.h"
+#include "ShpReader/shp/GeometryKinds.h"
+#include "ShpReader/shp/MetadataKeys.h"
+#include "ShpReader/shp/RecordAccess.h"
 
 #include <algorithm>
 
@@ -11,11 +15,41 @@ namespace Ambrel {
 
 namespace {
 
-/// What all records of a file may add up to, at least: an index may name a small file's bytes
-/// often.
+/// What is decoded of all records of a file may add up to this, at least: an index may name a small
+/// file's bytes often.
 constexpr std::uint64_t leastContentBudget = 1024 * 1024;
 
 } // namespace
+
+void BShpFile::SetUpLayer(BSharedPtr<BVectorLayer>& layer) {
+    try {
+        FillLayer(*layer);
+        LoadIndex();
+    } catch (...) {
+        ReleaseBuffers();
+        throw;
+    }
+}
+
+void BShpFile::FillLayer(BVectorLayer& layer) {
+    layer.Set3d(hasZ);
+    BKeyValuePairs& metadata = layer.GetMetadata();
+    if (hasZ) {
+        metadata.Add(MetadataKeys::minZ, zMin);
+        metadata.Add(MetadataKeys::maxZ, zMax);
+    }
+    metadata.Add(MetadataKeys::hasMeasures, hasMeasures);
+    if (hasMeasures) {
+        metadata.Add(MetadataKeys::minMeasure, mMin);
+        metadata.Add(MetadataKeys::maxMeasure, mMax);
+    }
+    if (!dbfFile) {
+        throw BNotOpenException("BShpFile::SetUpLayer", fileName);
+    }
+    layer.SetSingleGeometryClass(GeometryClassOfShapeType(shapeType));
+    dbfFile->ReadSchema();
+    layer.SetSchema(dbfFile->GetSchema());
+}
 
 std::int32_t BShpFile::Read(BSharedPtr<BVectorLayer> const& layer) {
     RequireMode(readMode, "BShpFile::Read");
@@ -41,10 +75,12 @@ bool BShpFile::ReadAllRecords(BVectorLayer& layer) {
     if (recordCount == 0) {
         return true;
     }
-    RecordAccess access = AccessShared(RecordAccess::scanPiece);
+    RecordStore& store = RequireRecords("BShpFile::Read");
+    RecordAccess access(store, {false, hasZ, hasMeasures}, RecordAccess::scanPiece,
+                        &store.GetSharedBuffer());
     access.contentBudget = std::max(2 * access.GetMainSize(), leastContentBudget);
     for (std::uint32_t index = 0; index < recordCount; ++index) {
-        RecordContent const content = ReadRecord(index, access, shapeBuffer, true);
+        RecordContent const content = access.ReadRecord(index);
         // The observer may give the layer another collection.
         layer.GetFeatures().Add(Read(index, content, true, true));
         if (!WantsToGoOn(index)) {

@@ -1,9 +1,7 @@
 // Polygon records: rings, and how they become shells and holes.
 
-#include "ShpReader/shp/BShpFile.h"
+#include "ShpReader/shp/GeometryDecoding.h"
 
-#include "Ambrel/BAggregate.h"
-#include "Ambrel/BLogger.h"
 #include "ShpReader/shp/Vertices.h"
 
 #include <array>
@@ -89,15 +87,14 @@ private:
     bool takesHoles = false; ///< the shell that was started last: it was clockwise in the file
 };
 
-void ReadRings(std::uint32_t index, VertexRecord const& record, bool is3d, RingGroups& groups) {
+void ReadRings(VertexRecord const& record, bool is3d, RingGroups& groups,
+               RecordFindings& findings) {
     RingSorter sorter(groups);
     std::size_t next = 0;
     for (std::size_t part = 0; part < record.PartCount(); ++part) {
         std::size_t const size = record.PartSize(part);
         if (size == 0) {
-            BLogger::Instance()->WriteLine(
-                LOG_WARNING, "SHP-Reader: Record %u: part %u has no vertices; part skipped.", index,
-                static_cast<unsigned>(part));
+            findings.Add(FindingCode::EmptyPart, part);
             continue;
         }
         sorter.Add(ReadRing(record, next, size, is3d));
@@ -142,21 +139,19 @@ BSharedPtr<BGeometry> MakeSinglePolygon(VertexRecord const& record) {
     return geometry;
 }
 
-BSharedPtr<BGeometry> MakeFromRings(std::uint32_t index, VertexRecord const& record, bool is3d) {
+BSharedPtr<BGeometry> MakeFromRings(VertexRecord const& record, bool is3d,
+                                    RecordFindings& findings) {
     RingGroups groups;
-    ReadRings(index, record, is3d, groups);
+    ReadRings(record, is3d, groups, findings);
     return groups.Count() == 1 ? BSharedPtr<BGeometry>(MakeDonut(groups[0]))
                                : MakeAggregateArea(groups);
 }
 
-BSharedPtr<BGeometry> MakeArea(std::uint32_t index, VertexRecord const& record, bool is3d) {
-    return record.PartCount() == 1 ? MakeSinglePolygon(record) : MakeFromRings(index, record, is3d);
-}
-
 } // namespace
 
-BSharedPtr<BFeature> BShpFile::ReadPolygon(std::uint32_t index, RecordContent content) const {
-    return MakeFeatureOf(index, VertexRecord::OfParts(content, hasZ, hasMeasures), MakeArea);
+BSharedPtr<BGeometry> MakePolygon(VertexRecord const& record, bool is3d, RecordFindings& findings) {
+    return record.PartCount() == 1 ? MakeSinglePolygon(record)
+                                   : MakeFromRings(record, is3d, findings);
 }
 
 } // namespace Ambrel

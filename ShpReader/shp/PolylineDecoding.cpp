@@ -1,8 +1,7 @@
 // Polyline records.
 
-#include "ShpReader/shp/BShpFile.h"
+#include "ShpReader/shp/GeometryDecoding.h"
 
-#include "Ambrel/BAggregate.h"
 #include "ShpReader/shp/Vertices.h"
 
 namespace Ambrel {
@@ -10,7 +9,7 @@ namespace Ambrel {
 namespace {
 
 template <class Geometry>
-BSharedPtr<Geometry> MakePolyline(BPoints&& points) {
+BSharedPtr<Geometry> MakeLine(BPoints&& points) {
     auto* const polyline = new BPolyline;
     BSharedPtr<Geometry> geometry(polyline);
     polyline->SetPoints(std::move(points));
@@ -26,7 +25,7 @@ BSharedPtr<BGeometry> ReadPolylineParts(VertexRecord const& record, bool is3d) {
     std::size_t next = 0;
     for (std::size_t part = 0; part < record.PartCount(); ++part) {
         std::size_t const size = record.PartSize(part);
-        BSharedPtr<BLinearGeo> member = MakePolyline<BLinearGeo>(ReadVertices(record, next, size));
+        BSharedPtr<BLinearGeo> member = MakeLine<BLinearGeo>(ReadVertices(record, next, size));
         member->is3d = is3d;
         members->Add(std::move(member));
         next += size;
@@ -34,16 +33,12 @@ BSharedPtr<BGeometry> ReadPolylineParts(VertexRecord const& record, bool is3d) {
     return geometry;
 }
 
-BSharedPtr<BGeometry> MakeLine(std::uint32_t /*index*/, VertexRecord const& record, bool is3d) {
-    return record.PartCount() == 1
-               ? MakePolyline<BGeometry>(ReadVertices(record, 0, record.PointCount()))
-               : ReadPolylineParts(record, is3d);
-}
-
 } // namespace
 
-BSharedPtr<BFeature> BShpFile::ReadPolyline(std::uint32_t index, RecordContent content) const {
-    return MakeFeatureOf(index, VertexRecord::OfParts(content, hasZ, hasMeasures), MakeLine);
+BSharedPtr<BGeometry> MakePolyline(VertexRecord const& record, bool is3d) {
+    return record.PartCount() == 1
+               ? MakeLine<BGeometry>(ReadVertices(record, 0, record.PointCount()))
+               : ReadPolylineParts(record, is3d);
 }
 
 } // namespace Ambrel

@@ -1,39 +1,29 @@
+// From an index to the bytes of its record.
+
 #include "ShpReader/shp/RecordAccess.h"
 
 #include "Ambrel/BException.h"
+#include "ShpReader/Report.h"
 
-#include <array>
-#include <new>
+#include <algorithm>
 
 namespace Ambrel {
 
-bool ContentBuffer::Provide(std::uint32_t size) noexcept {
-    if (bytes && size <= capacity) {
-        return true;
-    }
-    Release();
-    bytes.reset(new (std::nothrow) std::uint8_t[size]);
-    capacity = bytes ? size : 0;
-    return bytes != nullptr;
+std::uint64_t ContentNeed::BytesOf(RecordContent start, std::uint64_t size) const noexcept {
+    return isBoundsAlone ? std::min<std::uint64_t>(size, mostBytesWithBounds)
+                         : BytesToDecode(start, size, hasZ, hasMeasures);
 }
 
-void ContentBuffer::Release() noexcept {
-    bytes.reset();
-    capacity = 0;
-}
-
-PrivateFile::PrivateFile(char const* operation, BString const& path) : BInputFile(path) {
-    if (!IsOpen()) {
-        throw BFileNotFoundException(operation, path);
+RecordAccess::RecordAccess(RecordStore const& newStore, ContentNeed newNeed, std::size_t piece,
+                           ContentBuffer* newSharedBuffer) // NOLINT(*-member-init): firstPiece
+    : store(newStore), need(newNeed), mainSize(store.GetMainFile().GetSize()),
+      main(store.GetMainFile(), mainSize, piece, firstPiece), indexCopy(store.HoldIndex()),
+      sharedBuffer(newSharedBuffer) {
+    if (BInputFile const* const file = store.GetIndexFile(); file && !indexCopy) {
+        bool const isScan = piece > recordPiece;
+        index.emplace(*file, isScan ? file->GetSize() : 0, isScan ? piece : 0);
     }
 }
-
-RecordAccess::RecordAccess(BInputFile const& mainHandle, std::uint64_t newMainSize,
-                           std::shared_ptr<IndexCopy const> newIndexCopy,
-                           BInputFile const* newIndexHandle, BString const& newIndexPath,
-                           std::size_t piece)
-    : mainSize(newMainSize), main(mainHandle, mainSize, piece), indexCopy(std::move(newIndexCopy)),
-      indexHandle(newIndexHandle), indexPath(newIndexPath), largestPiece(piece) {}
 
 ShpIndexEntry RecordAccess::FindEntry(std::uint32_t recordIndex) {
     std::array<std::uint8_t, ShpIndexEntry::size> entry{};
@@ -43,22 +33,9 @@ ShpIndexEntry RecordAccess::FindEntry(std::uint32_t recordIndex) {
                    ? ShpIndexEntry::Decode(indexCopy->entries.get() + offset)
                    : ShpIndexEntry{};
     }
-    if (!index) {
-        if (!indexHandle) {
-            ownIndex = std::make_unique<PrivateFile>("BShpFile::ReadRecord", indexPath);
-            indexHandle = ownIndex.get();
-        }
-        index.emplace(*indexHandle, indexHandle->GetSize(), largestPiece);
-    }
     std::size_t const read = index->Read(ShpIndexEntry::PositionOf(recordIndex), entry.data(),
                                          entry.size(), entry.size());
     return read == entry.size() ? ShpIndexEntry::Decode(entry.data()) : ShpIndexEntry{};
-}
-
-ShpRecordHeader RecordAccess::ReadHeader(std::int64_t position, std::size_t expected) {
-    std::array<std::uint8_t, ShpRecordHeader::size> header{};
-    std::size_t const read = main.Read(position, header.data(), header.size(), expected);
-    return read == header.size() ? ShpRecordHeader::Decode(header.data()) : ShpRecordHeader{};
 }
 
 std::uint64_t RecordAccess::BytesBehind(std::int64_t position) const noexcept {
@@ -66,6 +43,70 @@ std::uint64_t RecordAccess::BytesBehind(std::int64_t position) const noexcept {
         return 0;
     }
     return mainSize - static_cast<std::uint64_t>(position);
+}
+
+RecordContent RecordAccess::ReadRecord(std::uint32_t recordIndex) {
+    ShpIndexEntry const entry = FindEntry(recordIndex);
+    std::int64_t const position = entry.RecordPosition();
+    std::int64_t const contentPosition = position + std::int64_t{ShpRecordHeader::size};
+    std::uint64_t const available = position < 0 ? 0 : BytesBehind(contentPosition);
+    auto const size =
+        static_cast<std::uint32_t>(std::min<std::uint64_t>(entry.ContentSize(), available));
+
+    // A claim of length alone makes nothing be read beyond the first piece.
+    std::span<std::uint8_t const> const start =
+        *main.View(position, ShpRecordHeader::size + std::min(size, mostBytesWithCounts),
+                   std::min(ShpRecordHeader::size + std::size_t{size}, recordPiece));
+    ShpRecordHeader const header = start.size() < ShpRecordHeader::size
+                                       ? ShpRecordHeader{}
+                                       : ShpRecordHeader::Decode(start.data());
+    if (static_cast<std::uint32_t>(entry.contentLength) != header.contentLength) {
+        Report(FindingCode::LengthsDiffer, store.GetMainPath(), recordIndex,
+               {std::int64_t{entry.contentLength}, std::int64_t{header.contentLength}});
+    }
+    bool const isMissing = entry.ContentSize() > 0 && size == 0;
+    ProvideSharedBuffer(size, isMissing);
+    if (isMissing || start.size() <= ShpRecordHeader::size) {
+        return RecordContent(RecordFault::TooShort);
+    }
+    RecordContent const content(start.subspan(ShpRecordHeader::size));
+    auto const wanted = static_cast<std::uint32_t>(need.BytesOf(content, size));
+    if (wanted > contentBudget) {
+        return RecordContent(RecordFault::ClaimedTooOften);
+    }
+    contentBudget -= wanted;
+    return content.Holds(0, wanted) ? content : ReadContent(contentPosition, wanted);
+}
+
+/// A record of no words does not make the shared buffer come into being, but one whose bytes are
+/// missing was to have some. Where there is no memory for that, the next record tells.
+void RecordAccess::ProvideSharedBuffer(std::uint32_t size, bool isMissing) {
+    if (!sharedBuffer) {
+        return;
+    }
+    if (isMissing) {
+        sharedBuffer->Provide(shapeTypeSize);
+        return;
+    }
+    bool const hasRoom = size == 0 ? sharedBuffer->bytes != nullptr : sharedBuffer->Provide(size);
+    if (!hasRoom) {
+        throw BResourceException("BShpFile::ReadRecord",
+                                 "Unable to allocate memory for shape buffer.");
+    }
+}
+
+RecordContent RecordAccess::ReadContent(std::int64_t position, std::uint32_t size) {
+    if (main.CanView(size)) {
+        if (auto const content = main.View(position, size, size)) {
+            return RecordContent(*content);
+        }
+    }
+    ContentBuffer& buffer = sharedBuffer ? *sharedBuffer : ownBuffer;
+    if (!buffer.Provide(size)) {
+        throw BResourceException("BShpFile::ReadRecord",
+                                 "Unable to allocate memory for shape buffer.");
+    }
+    return {buffer.bytes.get(), main.Read(position, buffer.bytes.get(), size, size)};
 }
 
 } // namespace Ambrel

@@ -1,89 +1,68 @@
 #pragma once
 
-#include "Ambrel/BInputFile.h"
 #include "Ambrel/BReadAhead.h"
-#include "Ambrel/BString.h"
-#include "ShpReader/format/ShpFormat.h"
+#include "ShpReader/shp/RecordStore.h"
 
+#include <array>
 #include <limits>
-#include <memory>
-#include <optional>
 
 namespace Ambrel {
 
-/// A copy of the index entries in memory, as they stand in the file. Immutable once made, so that
-/// operations on several threads can hold it while the file lets it go.
-struct IndexCopy {
-    std::unique_ptr<std::uint8_t[]> entries;
-    std::uint64_t size = 0; ///< bytes that the file gave
+/// How much of each record an operation looks at.
+struct ContentNeed {
+    bool isBoundsAlone = true;
+    bool hasZ = false; ///< of what is decoded
+    bool hasMeasures = false;
+
+    /// In bytes, of a content of `size`, by what stands in its `start`.
+    std::uint64_t BytesOf(RecordContent start, std::uint64_t size) const noexcept;
 };
 
-/// Room for one record's content.
-struct ContentBuffer {
-    std::unique_ptr<std::uint8_t[]> bytes;
-    std::uint32_t capacity = 0; ///< bytes
-
-    /// Makes room for `size` bytes: keeps what it has if that is enough, else frees it and
-    /// allocates exactly that many. False, and nothing held, when there is no memory.
-    bool Provide(std::uint32_t size) noexcept;
-    void Release() noexcept;
-};
-
-/// A handle of one operation's own, open for reading. Throws BFileNotFoundException (operation,
-/// path) when the path is no regular file or does not open.
-class PrivateFile final : public BInputFile {
-public:
-    PrivateFile(char const* operation, BString const& path);
-};
-
-/// One operation's way to the records of a main file: its handles, what it reads ahead, and its
-/// hold on the index in memory.
+/// One operation's way to the records of a file: what it reads ahead, and its hold on the index in
+/// memory.
 class RecordAccess {
 public:
-    /// How much a scan reads at once, in bytes.
+    /// How much is read at once, in bytes, by an operation that scans, and by one that wants a
+    /// single record: then common records are read with their headers.
     static constexpr std::size_t scanPiece = 256 * 1024;
+    static constexpr std::size_t recordPiece = 4096;
 
-    /// `mainHandle` is open and outlives this; its file has `newMainSize` bytes. Index entries come
-    /// from `indexCopy`; where that is null, through `indexHandle`, or when that is null too,
-    /// through a handle on `indexPath` made at the first need. `piece`: see BReadAhead.
-    RecordAccess(BInputFile const& mainHandle, std::uint64_t newMainSize,
-                 std::shared_ptr<IndexCopy const> newIndexCopy, BInputFile const* newIndexHandle,
-                 BString const& newIndexPath, std::size_t piece);
+    /// `store` outlives this. With a shared buffer, that buffer grows as if the contents were read
+    /// into it; else this has one of its own.
+    RecordAccess(RecordStore const& newStore, ContentNeed newNeed, std::size_t piece,
+                 ContentBuffer* newSharedBuffer = nullptr);
+    RecordAccess(RecordAccess const&) = delete;
+    RecordAccess& operator=(RecordAccess const&) = delete;
 
-    /// The entry of record `index`; zeros where the file does not hold it whole. Throws
-    /// BFileNotFoundException ("BShpFile::ReadRecord", the path of the index).
-    ShpIndexEntry FindEntry(std::uint32_t index);
-    /// Zeros where the file does not hold it whole. `expected`: as BReadAhead has it.
-    ShpRecordHeader ReadHeader(std::int64_t position, std::size_t expected);
-    /// Copies record content; returns how many bytes there were.
-    std::size_t ReadContent(std::int64_t position, std::uint8_t* destination, std::size_t size) {
-        return main.Read(position, destination, size, size);
-    }
-    /// The same without a copy, valid until the next call of any of these; see BReadAhead::View.
-    /// REQUIRES: CanViewContent(size).
-    std::optional<std::span<std::uint8_t const>> ViewContent(std::int64_t position,
-                                                             std::size_t size) {
-        return main.View(position, size, size);
-    }
-    bool CanViewContent(std::size_t size) const noexcept { return main.CanView(size); }
-    /// The bytes that the main file holds from `position` on.
-    std::uint64_t BytesBehind(std::int64_t position) const noexcept;
+    /// What is needed of the content of record `index`, valid until the next call. The length in
+    /// the index governs; what the file does not hold of it is left out. Throws BResourceException
+    /// ("BShpFile::ReadRecord") when there is no memory.
+    RecordContent ReadRecord(std::uint32_t index);
 
     /// Bytes of content that this operation may still read. A whole-file read sets it, so that an
-    /// index that names the same bytes again and again can not make it read on and on.
+    /// index that names the same bytes again and again cannot make it read on and on.
     std::uint64_t contentBudget = std::numeric_limits<std::uint64_t>::max();
 
+    /// Bytes of the main file, when the operation began.
     std::uint64_t GetMainSize() const noexcept { return mainSize; }
 
 private:
-    std::uint64_t mainSize; ///< bytes, when the operation began
+    /// The entry of record `index`; zeros where the file does not hold it whole.
+    ShpIndexEntry FindEntry(std::uint32_t index);
+    /// The bytes that the main file holds from `position` on.
+    std::uint64_t BytesBehind(std::int64_t position) const noexcept;
+    void ProvideSharedBuffer(std::uint32_t size, bool isMissing);
+    RecordContent ReadContent(std::int64_t position, std::uint32_t size);
+
+    RecordStore const& store;
+    ContentNeed need;
+    std::uint64_t mainSize;
+    std::array<std::uint8_t, recordPiece> firstPiece; ///< not filled: most fetches need no more
     BReadAhead main;
     std::shared_ptr<IndexCopy const> indexCopy;
-    BInputFile const* indexHandle;
-    BString indexPath;
-    std::size_t largestPiece;
-    std::unique_ptr<PrivateFile> ownIndex;
-    std::optional<BReadAhead> index;
+    std::optional<BReadAhead> index; ///< where there is no copy
+    ContentBuffer ownBuffer;
+    ContentBuffer* sharedBuffer;
 };
 
 } // namespace Ambrel

@@ -4,7 +4,8 @@
 
 #include "Ambrel/BException.h"
 #include "Ambrel/BRenderer.h"
-#include "ShpReader/shp/RecordFaults.h"
+#include "ShpReader/Report.h"
+#include "ShpReader/shp/RecordAccess.h"
 
 #include <cmath>
 #include <limits>
@@ -74,19 +75,25 @@ RecordFault DrawMultiPoint(RecordContent content, BRenderer const& renderer) {
     return RecordFault::None;
 }
 
-/// The renderer gets the part starts as they are stored, so even a single one is checked here.
+/// The renderer gets the part starts as they are stored; but that of a single part is no position,
+/// and where it lies outside the vertices, it is 0.
+std::vector<int> PartStarts(VertexRecord const& record) {
+    std::vector<int> starts(record.PartCount());
+    for (std::size_t part = 0; part < starts.size(); ++part) {
+        starts[part] = record.PartStart(part);
+    }
+    if (starts.size() == 1 && static_cast<std::size_t>(starts[0]) >= record.PointCount()) {
+        starts[0] = 0;
+    }
+    return starts;
+}
+
 RecordFault DrawWithParts(RecordContent content, BRenderer const& renderer, DrawParts draw) {
     VertexRecord const record = VertexRecord::OfParts(content, false, false);
     if (record.Fault() != RecordFault::None) {
         return record.Fault();
     }
-    if (RecordFault const fault = record.CheckPartStarts(); fault != RecordFault::None) {
-        return fault;
-    }
-    std::vector<int> partStarts(record.PartCount());
-    for (std::size_t part = 0; part < partStarts.size(); ++part) {
-        partStarts[part] = record.PartStart(part);
-    }
+    std::vector<int> const partStarts = PartStarts(record);
     std::vector<Gdiplus::Point> const points = ConvertPoints(record, renderer);
     (renderer.*draw)(points.data(), static_cast<int>(points.size()), partStarts.data(),
                      static_cast<int>(partStarts.size()));
@@ -99,15 +106,16 @@ RecordFault DrawRecord(RecordContent content, BRenderer const& renderer) {
         return content.WhyShort();
     }
     std::int32_t const code = ReadShapeType(content);
-    ShapeType const* const type = FindShapeType(code);
-    ShapeLayout const layout = type ? type->layout : ShapeLayout::MultiPatch;
-    switch (layout) {
-    case ShapeLayout::Null: return RecordFault::None;
-    case ShapeLayout::Point: return DrawPoint(content, renderer);
-    case ShapeLayout::MultiPoint: return DrawMultiPoint(content, renderer);
-    case ShapeLayout::Polyline: return DrawWithParts(content, renderer, &BRenderer::DrawPolyline);
-    case ShapeLayout::Polygon: return DrawWithParts(content, renderer, &BRenderer::DrawPolygon);
-    case ShapeLayout::MultiPatch: break;
+    if (ShapeType const* const type = FindShapeType(code)) {
+        switch (type->layout) {
+        case ShapeLayout::Null: return RecordFault::None;
+        case ShapeLayout::Point: return DrawPoint(content, renderer);
+        case ShapeLayout::MultiPoint: return DrawMultiPoint(content, renderer);
+        case ShapeLayout::Polyline:
+            return DrawWithParts(content, renderer, &BRenderer::DrawPolyline);
+        case ShapeLayout::Polygon: return DrawWithParts(content, renderer, &BRenderer::DrawPolygon);
+        case ShapeLayout::MultiPatch: break;
+        }
     }
     throw BUnknownGeometryException("BShpFile::Read", BString::Format("Record type=%i", code));
 }
@@ -118,15 +126,13 @@ void BShpFile::RenderFeatures(std::vector<std::uint64_t> const& indexes,
                               BRenderer const* renderer) const {
     constexpr char const* operation = "BShpFile::RenderFeatures";
     RequireMode(readMode, operation);
-    PrivateFile main(operation, fileName);
-    RecordAccess access = AccessPrivately(main, RecordAccess::scanPiece);
-    ContentBuffer buffer;
+    RecordAccess access(RequireRecords(operation), {false}, RecordAccess::scanPiece);
     for (std::uint64_t const index : indexes) {
         RequireIndex(index, operation);
         auto const record = static_cast<std::uint32_t>(index);
-        RecordFault const fault = DrawRecord(ReadRecord(record, access, buffer, false), *renderer);
+        RecordFault const fault = DrawRecord(access.ReadRecord(record), *renderer);
         if (fault != RecordFault::None) {
-            ReportInvalidRecord(record, fault);
+            Report(FindingOf(fault), fileName, record);
         }
     }
 }

@@ -5,6 +5,7 @@
 #include "Ambrel/BException.h"
 #include "Ambrel/BFileUtilities.h"
 #include "Ambrel/BLogger.h"
+#include "ShpReader/format/ShpFormat.h"
 
 #include <QFile>
 

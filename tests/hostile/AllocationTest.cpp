@@ -108,11 +108,13 @@ TEST_F(AllocationTest, FetchSelectAndDraw) {
 
 /// A scan that has no memory to read ahead goes on without.
 TEST_F(AllocationTest, Scan) {
-    FailInTurn({}, [this] {
+    BString const longPath = Diagonal(3000).WriteTo(folder, "long");
+    FailInTurn({}, [&, this] {
         auto const file = std::make_shared<BShpFile>();
-        file->Open(path, BShpFile::readMode, true, BString());
+        file->Open(longPath, BShpFile::readMode, true, BString());
         file->LoadIndex();
-        return [=, this] { EXPECT_TRUE(file->HasFeaturesInArea(BRect(0, 0, 99, 99), none)); };
+        return
+            [=, this] { EXPECT_TRUE(file->HasFeaturesInArea(BRect(2999, 0, 2999, 9999), none)); };
     });
 }
 

@@ -162,7 +162,8 @@ TEST(DrawingTest, ThrowsAtTypesThatCanNotBeDrawn) {
 TEST(DrawingTest, DrawsNothingForRecordsThatAreNotValid) {
     ShapefileBuilder builder(5);
     Parts const square = {{{0, 0}, {0, 9}, {9, 9}, {0, 0}}};
-    builder.Raw({1, 0}).Polygon(square).Patch(40, {9}).Polygon(square).Patch(44, {5});
+    builder.Raw({1, 0}).Polygon(square).Patch(40, {9});
+    builder.Polygon({square[0], square[0]}).Patch(44, {5});
     builder.MultiPoint({{1, 2}}).CutContent(50).Point(1, 2).CutContent(12);
     LogCapture const log;
     EXPECT_EQ(Draw(builder, {0, 1, 2, 3, 4}), Texts());
@@ -171,6 +172,18 @@ TEST(DrawingTest, DrawsNothingForRecordsThatAreNotValid) {
         (Texts{NotValid(0, "content is too short"), NotValid(1, "counts do not fit the content"),
                NotValid(2, "part starts are out of order"),
                NotValid(3, "counts do not fit the content"), NotValid(4, "content is too short")}));
+}
+
+/// The start of a single part is no position.
+TEST(DrawingTest, PassesPartStartsAsStoredUnlessASingleOneLiesOutside) {
+    Vertices const line = {{0, 0}, {1, 1}, {2, 0}};
+    ShapefileBuilder builder(3);
+    for (std::uint32_t const start : {2U, 3U, 7U, -1U}) {
+        builder.Polyline({line}).Patch(44, ByteList().Little32(start));
+    }
+    std::string const drawn = "line 0,0 2,2 4,0 from ";
+    EXPECT_EQ(Draw(builder, {0, 1, 2, 3}),
+              (Texts{drawn + "2", drawn + "0", drawn + "0", drawn + "0"}));
 }
 
 /// What one thread sees of a file, failing fetches included.

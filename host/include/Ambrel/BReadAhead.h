@@ -22,10 +22,13 @@ class BInputFile;
 class AMBREL_API BReadAhead {
 public:
     /// `largestPiece`: bytes; 0 to read nothing ahead. The file must be open and outlive this;
-    /// `fileSize` is its size in bytes.
-    BReadAhead(BInputFile const& newFile, std::uint64_t fileSize,
-               std::size_t newLargestPiece) noexcept
-        : file(&newFile), allowance(2 * fileSize), largestPiece(newLargestPiece) {}
+    /// `fileSize` is its size in bytes. `storage` outlives this too; pieces that it has room for
+    /// need no memory of their own.
+    BReadAhead(BInputFile const& newFile, std::uint64_t fileSize, std::size_t newLargestPiece,
+               std::span<std::uint8_t> storage = {}) noexcept
+        : file(&newFile), allowance(2 * fileSize), largestPiece(newLargestPiece), piece(storage) {}
+    BReadAhead(BReadAhead const&) = delete;
+    BReadAhead& operator=(BReadAhead const&) = delete;
 
     /// Copies up to `size` bytes from `position` on, and returns how many the file gave. Of the
     /// bytes from `position` on, `expected` (at least `size`) will be wanted next. A negative
@@ -34,7 +37,7 @@ public:
                      std::size_t expected);
 
     /// As Read, without a copy: the bytes stay valid until the next call of either. Nothing where
-    /// there is no memory for them. REQUIRES: CanView(size).
+    /// there is no memory for them, which the storage is. REQUIRES: CanView(size).
     std::optional<std::span<std::uint8_t const>> View(std::int64_t position, std::size_t size,
                                                       std::size_t expected);
     bool CanView(std::size_t size) const noexcept { return size <= largestPiece; }
@@ -50,8 +53,8 @@ private:
     BInputFile const* file;
     std::uint64_t allowance; ///< bytes that may still be read ahead of what is asked for
     std::size_t largestPiece;
-    std::unique_ptr<std::uint8_t[]> piece;
-    std::size_t capacity = 0;
+    std::unique_ptr<std::uint8_t[]> ownPiece; ///< where the storage is too small
+    std::span<std::uint8_t> piece;
     std::int64_t start = 0; ///< position of the piece
     std::size_t filled = 0; ///< bytes of the piece that the file gave
 };

@@ -53,7 +53,7 @@ std::span<std::uint8_t const> BReadAhead::FindInPiece(std::int64_t position,
         return {};
     }
     auto const offset = static_cast<std::size_t>(position - start);
-    return {piece.get() + offset, std::min(size, filled - offset)};
+    return {piece.data() + offset, std::min(size, filled - offset)};
 }
 
 /// Whether `position` lies in the piece, or behind it with a gap that is cheaper to read than to
@@ -72,17 +72,17 @@ bool BReadAhead::Refill(std::int64_t position, std::size_t expected) {
         wanted = grown;
     }
     filled = 0;
-    if (wanted > capacity) {
-        capacity = 0;
-        piece.reset();
-        piece.reset(new (std::nothrow) std::uint8_t[wanted]);
-        if (!piece) {
+    if (wanted > piece.size()) {
+        if (std::unique_ptr<std::uint8_t[]> larger{new (std::nothrow) std::uint8_t[wanted]}) {
+            ownPiece = std::move(larger);
+            piece = {ownPiece.get(), wanted};
+        } else if (wanted = std::clamp(expected, std::size_t{1}, largestPiece);
+                   wanted > piece.size()) {
             return false;
         }
-        capacity = wanted;
     }
     start = position;
-    filled = file->Read(position, piece.get(), wanted);
+    filled = file->Read(position, piece.data(), wanted);
     return true;
 }
 
