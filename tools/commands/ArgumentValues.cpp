@@ -57,6 +57,24 @@ void AddEncoding(CLI::App& app, std::string& encoding) {
     app.add_option("--encoding", encoding, encodingHelp)->type_name("NAME");
 }
 
+void AddFields(CLI::App& app, std::string& fields) {
+    app.add_option("--fields", fields, "Only these fields, in this order (default: all)")
+        ->type_name("A,B,...");
+}
+
+void AddRecords(CLI::App& app, std::optional<std::string>& records) {
+    app.add_option("--records", records,
+                   "Only these records, counted from 0; \"-\" reads them from standard input, as "
+                   "select prints them")
+        ->type_name("18,40-43");
+}
+
+void AddLimit(CLI::App& app, std::optional<std::uint64_t>& limit) {
+    app.add_option("--limit", limit, "Only the first N of what would be there otherwise")
+        ->type_name("N")
+        ->check(CLI::NonNegativeNumber);
+}
+
 void AddWindow(CLI::App& app, std::string& window, char const* help) {
     app.add_option("--bbox", window, help)->type_name("XMIN,YMIN,XMAX,YMAX");
 }
@@ -76,6 +94,10 @@ BRect ParseWindow(std::string const& text) {
 
 std::optional<BRect> ParseOptionalWindow(std::string const& text) {
     return text.empty() ? std::nullopt : std::optional(ParseWindow(text));
+}
+
+std::optional<RecordList> ParseRecords(std::optional<std::string> const& text) {
+    return text ? std::optional(RecordList::FromOption(*text)) : std::nullopt;
 }
 
 std::vector<int> ParseSides(std::string const& option, std::string const& text) {

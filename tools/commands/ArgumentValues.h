@@ -1,7 +1,10 @@
 #pragma once
 
+#include "source/RecordList.h"
+
 #include "Ambrel/BRect.h"
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
@@ -21,6 +24,12 @@ void AddPaths(CLI::App& app, std::vector<std::string>& paths);
 void AddPath(CLI::App& app, std::string& path);
 /// "--encoding".
 void AddEncoding(CLI::App& app, std::string& encoding);
+/// "--fields", as text for FieldList.
+void AddFields(CLI::App& app, std::string& fields);
+/// "--records", as text for ParseRecords.
+void AddRecords(CLI::App& app, std::optional<std::string>& records);
+/// "--limit".
+void AddLimit(CLI::App& app, std::optional<std::uint64_t>& limit);
 /// "--bbox", as text for ParseWindow.
 void AddWindow(CLI::App& app, std::string& window, char const* help = windowHelp);
 
@@ -28,6 +37,9 @@ void AddWindow(CLI::App& app, std::string& window, char const* help = windowHelp
 BRect ParseWindow(std::string const& text);
 /// The same; none for an empty text.
 std::optional<BRect> ParseOptionalWindow(std::string const& text);
+/// The value of "--records"; reads standard input where that is asked for. None where the option
+/// was not given. Throws as RecordList::FromOption.
+std::optional<RecordList> ParseRecords(std::optional<std::string> const& text);
 /// "WxH" as two numbers. Throws UsageException that begins with the option.
 std::vector<int> ParseSides(std::string const& option, std::string const& text);
 /// Throws UsageException where "--output" got an empty path.

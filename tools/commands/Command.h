@@ -32,6 +32,7 @@ public:
 std::unique_ptr<Command> MakeInfo();
 std::unique_ptr<Command> MakeExport();
 std::unique_ptr<Command> MakeCheck();
+std::unique_ptr<Command> MakeTable();
 std::unique_ptr<Command> MakeSelect();
 std::unique_ptr<Command> MakeDraw();
 

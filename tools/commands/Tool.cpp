@@ -26,6 +26,7 @@ constexpr CommandEntry commandEntries[] = {
     {"export", "Convert a shapefile to GeoJSON or CSV (geometry as WKT)", MakeExport},
     {"check", "Read everything and list what is wrong; exit code 0 sound, 1 problems, 2 unreadable",
      MakeCheck},
+    {"table", "Print the rows of a shapefile's table in columns", MakeTable},
     {"select", "Print the indexes of the records whose rectangles meet a window", MakeSelect},
     {"draw",
      "Draw shapefiles over each other, in the order given; those of one folder or wildcard with "
@@ -69,6 +70,7 @@ void AddEverything(CLI::App& app, CommandLine& line) {
                "  ambrel-shp info --json folder/\n"
                "  ambrel-shp export roads.shp -o roads.geojson --to-wgs84\n"
                "  ambrel-shp check \"folder/*.shp\"\n"
+               "  ambrel-shp table towns.shp --fields NAME,POP --limit 20\n"
                "  ambrel-shp select towns.shp --bbox 5,45,11,48\n"
                "  ambrel-shp draw land.shp rivers.shp -o map.png --style \"rivers:color=navy\"\n\n"
                "Exit code: 0 done, 1 failed (the reason is on standard error), 2 wrong usage, 130 "

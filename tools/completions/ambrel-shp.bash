@@ -16,7 +16,7 @@ _ambrel_shp_words() {
 
 _ambrel_shp() {
     local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}
-    local commands="info export check select draw" command="" word
+    local commands="info export check table select draw" command="" word
     COMPREPLY=()
 
     for word in "${COMP_WORDS[@]:1:COMP_CWORD-1}"; do
@@ -36,7 +36,7 @@ _ambrel_shp() {
         --geometry) _ambrel_shp_words "wkt xy wkb none" "$current"; return ;;
         --mode) _ambrel_shp_words "stream memory cache direct" "$current"; return ;;
         --encoding) _ambrel_shp_words "UTF-8 1252 1250 ISO-8859-1 ISO-8859-2 850 Big5" "$current"; return ;;
-        --bbox | --precision | --z-attribute | --size | --style) return ;;
+        --bbox | --fields | --records | --limit | --precision | --z-attribute | --size | --style) return ;;
     esac
 
     if [[ $current == -* ]]; then
@@ -48,6 +48,7 @@ _ambrel_shp() {
                 options+=" --output --format --bbox --to-wgs84 --no-attributes --z-attribute"
                 options+=" --encoding --mode --geometry --precision"
                 ;;
+            table) options+=" --fields --records --limit --encoding" ;;
             select) options+=" --bbox --json" ;;
             draw) options+=" --output --size --bbox --style" ;;
         esac
