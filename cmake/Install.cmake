@@ -14,8 +14,12 @@ set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/Ambrel)
 
 # The tree can be moved as a whole: everything finds its neighbours relative to itself.
 file(RELATIVE_PATH lib_from_bin ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
-set_target_properties(ambrel-shp PROPERTIES INSTALL_RPATH "$ORIGIN/${lib_from_bin}")
-set_target_properties(ShpReader PROPERTIES INSTALL_RPATH "$ORIGIN/..")
+# The same paths serve the build tree, which has no folder for the architecture. Paths that differ
+# would be padded to one length with an empty entry, which means the current folder.
+set_target_properties(ambrel-shp PROPERTIES
+    INSTALL_RPATH "$ORIGIN/${lib_from_bin};$ORIGIN/../lib" BUILD_WITH_INSTALL_RPATH ON)
+set_target_properties(ShpReader PROPERTIES
+    INSTALL_RPATH "$ORIGIN/.." BUILD_WITH_INSTALL_RPATH ON)
 
 install(TARGETS AmbrelDLL ShpReaderStatic ambrel-shp EXPORT AmbrelTargets)
 install(TARGETS ShpReader LIBRARY DESTINATION ${plugin_dir})

@@ -1,6 +1,8 @@
 #include "ToolRun.h"
+#include "ZipFile.h"
 
 #include <sys/wait.h>
+#include <unistd.h>
 
 namespace Ambrel::Test {
 namespace {
@@ -102,6 +104,46 @@ TEST_F(Program, GetsAlongWithPipesFilesAndLocales) {
     for (auto const& [command, expected] : cases) {
         EXPECT_EQ(Run(command), expected);
     }
+}
+
+TEST_F(Program, EndsAtTheFirstSignalWhereverItIs) {
+    WriteZip("map.zip", {{"a.shp", TextOf("Zürich.shp")},
+                         {"a.shx", TextOf("Zürich.shx")},
+                         {"a.dbf", TextOf("Zürich.dbf")}});
+    std::filesystem::create_directory("tmp");
+    // A pipe that is open for both directions never ends, and takes no more than it can hold.
+    std::string const setUp = "export TMPDIR=$PWD/tmp; rm -f pipe; mkfifo pipe; stop() { "
+                              "timeout --preserve-status -k 5 -s $1 0.4 $TOOL \"${@:2}\"; }; ";
+    for (char const* const command :
+         {"stop INT table Zürich --records - <>pipe", "stop HUP export Zürich 1<>pipe",
+          "stop TERM table map.zip --records - <>pipe", "stop INT export map.zip -o pipe"}) {
+        ToolRun const run = Run("bash -c '" + setUp + command + "'");
+        EXPECT_EQ(run, (ToolRun{130, run.out, "ambrel-shp: stopped\n"})) << command;
+        EXPECT_TRUE(std::filesystem::is_empty("tmp")) << command;
+    }
+}
+
+TEST_F(Program, LeavesNoHalfFileBehind) {
+    for (char const* const time : {"0.02", "0.04", "0.08", "0.16"}) {
+        std::string const command = "timeout -s INT " + std::string(time) + " $TOOL ";
+        Run(command + "export Zürich -o out.json; " + command + "draw Zürich -o out.png");
+        EXPECT_EQ(Run("ls -A | grep ambrel-shp").out, "");
+    }
+}
+
+TEST_F(Program, FollowsNoLinkOfSomebodyElse) {
+    if (::geteuid() != 0) {
+        GTEST_SKIP() << "only root can make links of others";
+    }
+    std::filesystem::create_directory("shared");
+    Run("chmod 1777 shared; echo old >mine.json; ln -s ../mine.json shared/link.json; "
+        "chown -h 1234 shared/link.json; ln -s ../mine.json shared/own.json");
+    ToolRun const run = Run("$TOOL export Zürich -o shared/link.json");
+    EXPECT_EQ(run.exitCode, 1);
+    EXPECT_NE(run.err.find("the link was made by another user"), std::string::npos) << run;
+    EXPECT_EQ(TextOf("mine.json"), "old\n");
+    EXPECT_EQ(Run("$TOOL export Zürich -o shared/own.json"), Printed(""));
+    EXPECT_NE(TextOf("mine.json"), "old\n");
 }
 
 } // namespace

@@ -257,12 +257,11 @@ TEST_F(Export, WritesAFileForEachLayerOfAFolder) {
     Write(ShapefileBuilder(1).Point(5, 6), "B");
     std::filesystem::rename("B.shp", "b.SHP");
     EXPECT_EQ(RunTool("export . -o out"),
-              Failed(1, "BDataManagerException: export: out/b.geojson has another file's layer "
-                        "(b.shp)"));
+              Failed(2, "usage: out/b.geojson would be made of two layers: b.SHP and b.shp"));
+    EXPECT_FALSE(std::filesystem::exists("out/a.geojson"));
     std::filesystem::remove("b.SHP");
     EXPECT_EQ(RunTool("export ."),
-              Failed(2, "usage: . stands for 2 shapefiles; name one of them, or an --output folder "
-                        "that is there"));
+              Failed(2, "usage: 2 layers need a folder; add --output FOLDER/"));
 }
 
 } // namespace

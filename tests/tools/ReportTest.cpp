@@ -75,10 +75,10 @@ TEST_F(Info, ShowsTheOthersWhenOneFileIsBad) {
     ToolRun const run = RunTool("info --json . /no/such/file.shp empty");
     EXPECT_EQ(run.exitCode, 1);
     EXPECT_EQ(run.err,
-              "ambrel-shp: BFileContentNotValidException: BShpFile::GetHeader: b.shp\n"
-              "ambrel-shp: BFileNotFoundException: BShpFile::Open: /no/such/file.shp\n"
               "ambrel-shp: BFileNotFoundException: BFileUtilities::ListFiles: no shapefile in "
-              "empty\n");
+              "empty\n"
+              "ambrel-shp: BFileContentNotValidException: BShpFile::GetHeader: b.shp\n"
+              "ambrel-shp: BFileNotFoundException: BShpFile::Open: /no/such/file.shp\n");
     Json const layers = Json::parse(run.out);
     ASSERT_EQ(layers.size(), 2U);
     EXPECT_EQ(layers[1]["name"], "c");

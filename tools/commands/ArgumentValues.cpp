@@ -12,7 +12,8 @@ namespace Ambrel::Tool {
 
 namespace {
 
-constexpr char const* pathHelp = "Shapefile (with or without .shp), folder, or wildcard";
+constexpr char const* pathHelp =
+    "Shapefile (with or without .shp), folder, wildcard, or archive (.zip, .shz)";
 constexpr char const* encodingHelp =
     "Encoding of the table's text: UTF-8, 1252, ISO-8859-2, 850, Big5 ... "
     "(default: the .cpg file, else what the table states, else UTF-8 or Windows-1252)";
@@ -45,12 +46,15 @@ std::vector<T> ParseNumbers(std::string const& option, std::string const& text, 
 
 } // namespace
 
-void AddPaths(CLI::App& app, std::vector<std::string>& paths) {
-    app.add_option("PATH", paths, pathHelp)->required();
-}
-
-void AddPath(CLI::App& app, std::string& path) {
-    app.add_option("PATH", path, pathHelp)->required();
+void AddPaths(CLI::App& app, InputPaths& paths) {
+    app.add_option("PATH", paths.named, pathHelp)->required();
+    app.add_flag("-r,--recursive", paths.recursive, "Take the folders below a folder, too");
+    app.add_option_function<std::uint64_t>(
+           "--unpack-limit",
+           [&paths](std::uint64_t mebibytes) { paths.unpackLimit = mebibytes << 20; },
+           "MiB that an archive may unpack to (default: 100 times its size, 1024 at least)")
+        ->type_name("N")
+        ->check(CLI::Range(1, 1 << 30));
 }
 
 void AddEncoding(CLI::App& app, std::string& encoding) {

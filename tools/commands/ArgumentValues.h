@@ -1,5 +1,6 @@
 #pragma once
 
+#include "source/Inputs.h"
 #include "source/RecordList.h"
 
 #include "Ambrel/BRect.h"
@@ -18,10 +19,8 @@ namespace Ambrel::Tool {
 
 constexpr char const* windowHelp = "Rectangle in the layer's own map units";
 
-/// Paths of shapefiles, at least one.
-void AddPaths(CLI::App& app, std::vector<std::string>& paths);
-/// The path of one shapefile.
-void AddPath(CLI::App& app, std::string& path);
+/// Paths, at least one, and what goes for all of them: "--recursive", "--unpack-limit".
+void AddPaths(CLI::App& app, InputPaths& paths);
 /// "--encoding".
 void AddEncoding(CLI::App& app, std::string& encoding);
 /// "--fields", as text for FieldList.

@@ -197,7 +197,7 @@ void CheckFile(Console& console, BString const& file, std::uint64_t& problems) {
     auto const look = [&] {
         Log const log(LOG_DETAIL, [&](ELogSeverity severity, std::string_view line) {
             if (console.verbose) {
-                console.err.Write(std::string(line) + "\n");
+                console.err.Write(OneLine(InUsersNames(std::string(line))) + "\n");
             }
             findings.TakeLogLine(severity, line);
         });

@@ -1,16 +1,14 @@
 #pragma once
 
 #include "commands/ExitCode.h"
-
-#include <string>
-#include <vector>
+#include "source/Inputs.h"
 
 namespace Ambrel::Tool {
 
 struct Console;
 
 struct CheckOptions {
-    std::vector<std::string> paths;
+    InputPaths paths;
 };
 
 /// Reads everything and lists what is wrong. Returns the exit code.

@@ -25,7 +25,8 @@ struct Drawn {
     BString file;
     std::string name;
     EGeometryClass geometryClass;
-    BRect extent; ///< empty where the layer has none
+    BRect extent;         ///< empty where the layer has none
+    std::size_t path = 0; ///< which of those that were named it comes from
 };
 using Layers = std::vector<Drawn>;
 
@@ -65,17 +66,18 @@ Drawn LookAt(Console& console, BString const& file) {
 
 /// The layers in drawing order: that of the paths, and by class among the files of one path, whose
 /// order by name says nothing.
-Layers LookAtLayers(Console& console, std::vector<std::string> const& paths, int& failed) {
-    Layers all;
-    for (std::string const& path : ShapefilesAmong(paths)) {
-        Layers layers;
-        failed += ForEachFile(
-            console, {path}, [&](BString const& file) { layers.push_back(LookAt(console, file)); });
-        std::stable_sort(layers.begin(), layers.end(),
-                         [](Drawn const& a, Drawn const& b) { return HeightOf(a) < HeightOf(b); });
-        std::move(layers.begin(), layers.end(), std::back_inserter(all));
+Layers LookAtLayers(Console& console, InputPaths const& paths, int& failed) {
+    Layers layers;
+    for (Input const& input : FindInputs(console, paths, failed)) {
+        failed += !Survives(console, input.file.Utf8(), [&] {
+            layers.push_back(LookAt(console, input.file));
+            layers.back().path = input.path;
+        });
     }
-    return all;
+    std::stable_sort(layers.begin(), layers.end(), [](Drawn const& a, Drawn const& b) {
+        return std::pair(a.path, HeightOf(a)) < std::pair(b.path, HeightOf(b));
+    });
+    return layers;
 }
 
 BRect ExtentOf(Layers const& layers) {

@@ -2,6 +2,7 @@
 
 #include "commands/ExitCode.h"
 #include "drawing/MapStyle.h"
+#include "source/Inputs.h"
 
 #include "Ambrel/BRect.h"
 
@@ -14,7 +15,7 @@ namespace Ambrel::Tool {
 struct Console;
 
 struct DrawOptions {
-    std::vector<std::string> paths;
+    InputPaths paths;
     std::string output;
     int width = 1600; ///< pixels
     int height = 1200;

@@ -20,7 +20,7 @@ std::map<std::string, HoldMode> const& Modes() {
 class ExportArguments final : public Command {
 public:
     void Declare(CLI::App& app) override {
-        AddPath(app, options.path);
+        AddPaths(app, options.paths);
         DeclareOutput(app);
         AddWindow(app, window);
         app.add_flag("--to-wgs84", options.toWgs84,

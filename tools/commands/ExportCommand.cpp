@@ -1,20 +1,14 @@
 #include "commands/ExportCommand.h"
+#include "commands/ExportTargets.h"
 #include "commands/FeaturePassage.h"
 #include "commands/ForEachFile.h"
 #include "formats/Format.h"
 #include "formats/GeometryWalk.h"
 #include "terminal/Console.h"
 
-#include "Ambrel/BFileUtilities.h"
-
-#include <filesystem>
-#include <set>
-
 namespace Ambrel::Tool {
 
 namespace {
-
-namespace fs = std::filesystem;
 
 std::unique_ptr<BTransform> TransformOf(BVectorLayer const& layer) {
     if (!layer.GetCoordSys()) {
@@ -106,7 +100,7 @@ std::uint64_t ExportFile(Console& console, BString const& file, std::string cons
         layer.schema.Clear();
     }
     std::unique_ptr<FeatureWriter> const writer =
-        FormatFor(options.format, options.output).make(console, outputPath, options.formatOptions);
+        FormatFor(options.format, outputPath).make(console, outputPath, options.formatOptions);
     Export const task(console, file, options, *writer, std::move(transform));
     writer->BeginLayer(layer);
     std::uint64_t const problems =
@@ -117,38 +111,19 @@ std::uint64_t ExportFile(Console& console, BString const& file, std::string cons
     return problems;
 }
 
-/// One file for each layer, named after it.
-int ExportToFolder(Console& console, ExportOptions const& options) {
-    std::string const extension(FormatFor(options.format, options.output).extensions.front());
-    std::set<std::string> written;
-    std::uint64_t problems = 0;
-    int const failed = ForEachFile(console, {options.path}, [&](BString const& file) {
-        std::string const name(BFileUtilities::GetBasename(file).Utf8());
-        std::string const path = (fs::path(options.output) / (name + extension)).string();
-        if (!written.insert(path).second) {
-            throw BDataManagerException(BString::FromUtf8("export"),
-                                        BString::FromUtf8(path + " has another file's layer"));
-        }
-        problems += ExportFile(console, file, path, options);
-    });
-    return failed > 0 || problems > 0 ? EXIT_PROBLEM : EXIT_OK;
-}
-
 } // namespace
 
 int RunExport(Console& console, ExportOptions const& options) {
-    FormatFor(options.format, options.output).Require(options.formatOptions);
-    std::error_code error; // what can not be looked at is no folder, and opening it will tell
-    if (fs::is_directory(options.output, error)) {
-        return ExportToFolder(console, options);
-    }
-    BString const file =
-        TheFileOf(options.path, "name one of them, or an --output folder that is there");
+    int failed = 0;
+    std::vector<Input> const inputs = FindInputs(console, options.paths, failed);
     std::uint64_t problems = 0;
-    bool const isDone = Survives(console, file.Utf8(), [&] {
-        problems = ExportFile(console, file, options.output, options);
-    });
-    return isDone && problems == 0 ? EXIT_OK : EXIT_PROBLEM;
+    for (ExportTarget const& target : PlanExport(inputs, options)) {
+        failed += !Survives(console, target.input.file.Utf8(), [&] {
+            MakeFolderOf(target);
+            problems += ExportFile(console, target.input.file, target.path, options);
+        });
+    }
+    return failed > 0 || problems > 0 ? EXIT_PROBLEM : EXIT_OK;
 }
 
 } // namespace Ambrel::Tool

@@ -2,6 +2,7 @@
 
 #include "commands/ExitCode.h"
 #include "formats/Format.h"
+#include "source/Inputs.h"
 #include "source/Source.h"
 
 #include "Ambrel/BRect.h"
@@ -14,7 +15,7 @@ namespace Ambrel::Tool {
 struct Console;
 
 struct ExportOptions {
-    std::string path;
+    InputPaths paths;
     std::string output = "-"; ///< "-": standard output; a folder: a file in it for each layer
     std::string format;       ///< a name, or empty: what the output's extension says
     FormatOptions formatOptions;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "source/Inputs.h"
 #include "source/Source.h"
 #include "terminal/Console.h"
 
@@ -21,17 +22,22 @@ bool Survives(Console& console, std::string_view file, Action&& action) {
     }
 }
 
+/// The layers that the paths stand for. Those that stand for none are printed, and counted in
+/// `failed`.
+inline std::vector<Input> FindInputs(Console& console, InputPaths const& paths, int& failed) {
+    return FindInputs(console, paths, [&](std::string const& path, std::exception const& error) {
+        PrintError(console, error, path);
+        ++failed;
+    });
+}
+
 /// Calls `action(file)` for every file that the paths stand for. Failures are printed, and the
 /// others still get their turn. Returns how many failed.
 template <class Action>
-int ForEachFile(Console& console, std::vector<std::string> const& paths, Action&& action) {
+int ForEachFile(Console& console, InputPaths const& paths, Action&& action) {
     int failed = 0;
-    for (std::string const& path : ShapefilesAmong(paths)) {
-        std::vector<BString> files;
-        failed += !Survives(console, path, [&] { files = FilesOf(path); });
-        for (BString const& file : files) {
-            failed += !Survives(console, file.Utf8(), [&] { action(file); });
-        }
+    for (Input const& input : FindInputs(console, paths, failed)) {
+        failed += !Survives(console, input.file.Utf8(), [&] { action(input.file); });
     }
     return failed;
 }

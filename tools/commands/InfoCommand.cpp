@@ -85,7 +85,7 @@ Json DescribeLayer(BString const& file, Source& source) {
     auto const code = crs ? crs->GetEpsgCode() : std::nullopt;
     Json description;
     description["name"] = layer.name.Utf8();
-    description["path"] = file.Utf8();
+    description["path"] = WithAliases(std::string(file.Utf8()));
     description["shapeType"] = shapeType;
     description["shapeTypeName"] = ShapeTypeName(shapeType);
     description["geometryClass"] = ClassName(layer.GetSingleGeometryClass());

@@ -1,16 +1,16 @@
 #pragma once
 
 #include "commands/ExitCode.h"
+#include "source/Inputs.h"
 
 #include <string>
-#include <vector>
 
 namespace Ambrel::Tool {
 
 struct Console;
 
 struct InfoOptions {
-    std::vector<std::string> paths;
+    InputPaths paths;
     bool json = false;
     std::string encoding; ///< empty: what each file states
 };

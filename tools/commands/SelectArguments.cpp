@@ -11,7 +11,7 @@ namespace {
 class SelectArguments final : public Command {
 public:
     void Declare(CLI::App& app) override {
-        AddPath(app, options.path);
+        AddPaths(app, options.paths);
         AddWindow(app, window);
         app.get_option("--bbox")->required();
         app.add_flag("--json", options.json, "Print a JSON array");

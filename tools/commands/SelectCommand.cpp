@@ -7,7 +7,7 @@
 namespace Ambrel::Tool {
 
 int RunSelect(Console& console, SelectOptions const& options) {
-    BString const file = TheFileOf(options.path);
+    BString const file = TheInput(console, options.paths).file;
     bool const isDone = Survives(console, file.Utf8(), [&] {
         Source source(console, file, {.useAttributes = false});
         std::vector<std::uint64_t> records;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "commands/ExitCode.h"
+#include "source/Inputs.h"
 
 #include "Ambrel/BRect.h"
 
@@ -11,7 +12,7 @@ namespace Ambrel::Tool {
 struct Console;
 
 struct SelectOptions {
-    std::string path;
+    InputPaths paths;
     BRect window; ///< map units of the layer
     bool json = false;
 };

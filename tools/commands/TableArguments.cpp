@@ -11,7 +11,7 @@ namespace {
 class TableArguments final : public Command {
 public:
     void Declare(CLI::App& app) override {
-        AddPath(app, options.path);
+        AddPaths(app, options.paths);
         AddFields(app, options.fields);
         AddRecords(app, records);
         AddLimit(app, options.limit);

@@ -114,11 +114,23 @@ private:
 } // namespace
 
 int RunTable(Console& console, TableOptions const& options) {
-    BString const file = TheFileOf(options.path);
+    int failed = 0;
+    std::vector<Input> const inputs = FindInputs(console, options.paths, failed);
+    if (options.records && inputs.size() > 1) {
+        throw UsageException("--records: there are " + std::to_string(inputs.size()) +
+                             " layers; name one of them");
+    }
     std::uint64_t problems = 0;
-    bool const isDone = Survives(console, file.Utf8(),
-                                 [&] { problems = TableListing(console, file, options).Print(); });
-    return isDone && problems == 0 ? EXIT_OK : EXIT_PROBLEM;
+    for (Input const& input : inputs) {
+        failed += !Survives(console, input.file.Utf8(), [&] {
+            if (inputs.size() > 1) {
+                console.out.Write((&input == &inputs.front() ? "" : "\n") + OneLine(input.name) +
+                                  "\n");
+            }
+            problems += TableListing(console, input.file, options).Print();
+        });
+    }
+    return failed > 0 || problems > 0 ? EXIT_PROBLEM : EXIT_OK;
 }
 
 } // namespace Ambrel::Tool

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "commands/ExitCode.h"
+#include "source/Inputs.h"
 #include "source/RecordList.h"
 
 #include <cstdint>
@@ -12,7 +13,7 @@ namespace Ambrel::Tool {
 struct Console;
 
 struct TableOptions {
-    std::string path;
+    InputPaths paths;
     std::string fields;                 ///< names, with commas between them; empty: all
     std::optional<RecordList> records;  ///< none: all
     std::optional<std::uint64_t> limit; ///< rows

@@ -3,6 +3,7 @@
 #include "commands/Command.h"
 #include "source/Log.h"
 #include "terminal/Console.h"
+#include "terminal/Temporaries.h"
 
 #include <CLI/CLI.hpp>
 
@@ -104,7 +105,7 @@ int RunCommand(Command& command, Console& console) {
                       if (severity <= LOG_WARNING) {
                           PrintWarning(console, line);
                       } else {
-                          console.err.Write(std::string(line) + "\n");
+                          console.err.Write(OneLine(InUsersNames(std::string(line))) + "\n");
                       }
                   });
     return command.Run(console);
@@ -155,11 +156,13 @@ int Run(std::vector<std::string>& words, Console& console) {
 } // namespace
 
 int RunTool(std::vector<std::string> arguments, Console& console) noexcept {
+    int exitCode = EXIT_PROBLEM;
     try {
-        return Run(arguments, console);
-    } catch (...) { // standard error has gone too
-        return EXIT_PROBLEM;
+        exitCode = Run(arguments, console);
+    } catch (...) { // NOLINT(bugprone-empty-catch): standard error has gone too
     }
+    Temporaries::RemoveAll();
+    return exitCode;
 }
 
 } // namespace Ambrel::Tool

@@ -4,7 +4,7 @@ _ambrel_shp_shapefiles() {
     local path
     compopt -o filenames 2> /dev/null
     while IFS= read -r path; do
-        if [[ -d $path || ${path,,} == *.shp ]]; then
+        if [[ -d $path || ${path,,} == *.@(shp|zip|shz) ]]; then
             COMPREPLY+=("$path")
         fi
     done < <(compgen -f -- "$1")
@@ -36,11 +36,12 @@ _ambrel_shp() {
         --geometry) _ambrel_shp_words "wkt xy wkb none" "$current"; return ;;
         --mode) _ambrel_shp_words "stream memory cache direct" "$current"; return ;;
         --encoding) _ambrel_shp_words "UTF-8 1252 1250 ISO-8859-1 ISO-8859-2 850 Big5" "$current"; return ;;
-        --bbox | --fields | --records | --limit | --precision | --z-attribute | --size | --style) return ;;
+        --bbox | --unpack-limit | --fields | --records | --limit | --precision | --z-attribute | --size | --style) return ;;
     esac
 
     if [[ $current == -* ]]; then
         local options="--help --verbose"
+        [ -z "$command" ] || options+=" --recursive --unpack-limit"
         case $command in
             "") options+=" --version" ;;
             info) options+=" --json --encoding" ;;

@@ -1,5 +1,7 @@
 #include "formats/OutputFile.h"
 
+#include "terminal/Temporaries.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <charconv>
@@ -61,6 +63,28 @@ bool IsNoRegularFile(std::string const& path) {
     return ::stat(path.c_str(), &status) == 0 && !S_ISREG(status.st_mode);
 }
 
+/// Whether everybody may make files in the folder, as in /tmp.
+bool IsShared(std::filesystem::path const& folder) {
+    struct stat status = {};
+    return ::stat(folder.empty() ? "." : folder.c_str(), &status) == 0 &&
+           (status.st_mode & S_IWOTH) != 0;
+}
+
+/// A link that somebody else laid in a folder for everybody decides which file is replaced: it has
+/// to be the user's, or of who owns the file that it names.
+void RefuseForeignLink(std::string const& link) {
+    struct stat own = {};
+    struct stat target = {};
+    if (::lstat(link.c_str(), &own) != 0 || own.st_uid == ::geteuid() ||
+        !IsShared(std::filesystem::path(link).parent_path())) {
+        return;
+    }
+    bool const isTargets = ::stat(link.c_str(), &target) == 0 && target.st_uid == own.st_uid;
+    if (!isTargets) {
+        throw OutputException(link, "the link was made by another user in a folder for everybody");
+    }
+}
+
 /// Links are followed, to where no file is yet too, so that the link stays and its target appears.
 std::string Resolve(std::string path) {
     namespace fs = std::filesystem;
@@ -70,6 +94,7 @@ std::string Resolve(std::string path) {
         if (links == mostLinks) {
             throw OutputException(path, ELOOP);
         }
+        RefuseForeignLink(path);
         path = (fs::path(path).parent_path() / fs::read_symlink(path)).string();
     }
     return path;
@@ -112,7 +137,7 @@ void OutputFile::OpenTemporary() {
     RefuseShapefile(path);
     // Not the file's own name with something behind it, which may be too long.
     std::string name = (std::filesystem::path(path).parent_path() / ".ambrel-shp.XXXXXX").string();
-    descriptor = ::mkostemp(name.data(), O_CLOEXEC);
+    descriptor = Temporaries::CreateFile(name);
     if (descriptor >= 0) {
         temporaryPath = name;
         ::fchmod(descriptor, PermissionsFor(path));
@@ -139,7 +164,7 @@ void OutputFile::Commit() {
         throw OutputException(path, errno);
     }
     if (!temporaryPath.empty()) {
-        if (::rename(temporaryPath.c_str(), path.c_str()) != 0) {
+        if (!Temporaries::Publish(temporaryPath, path)) {
             throw OutputException(path, errno);
         }
         temporaryPath.clear();
@@ -151,7 +176,7 @@ void OutputFile::Discard() noexcept {
         ::close(descriptor);
     }
     if (!temporaryPath.empty()) {
-        ::unlink(temporaryPath.c_str());
+        Temporaries::Remove(temporaryPath);
     }
 }
 

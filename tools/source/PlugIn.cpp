@@ -1,6 +1,7 @@
 #include "source/PlugIn.h"
 
 #include "Ambrel/BException.h"
+#include "Ambrel/BLogger.h"
 #include "Ambrel/Constants.h"
 
 #include <cstdlib>
@@ -16,22 +17,32 @@ namespace fs = std::filesystem;
 
 constexpr char const* moduleName = "libShpReader.so";
 
-fs::path FindPlugIn() {
-    std::error_code error; // a place that can not be looked at is not the one
-    if (char const* const wanted = std::getenv("AMBREL_PLUGIN_PATH"); wanted && *wanted) {
-        fs::path const path = wanted;
-        return fs::is_directory(path, error) ? path / moduleName : path;
-    }
-    fs::path const folder = fs::read_symlink("/proc/self/exe", error).parent_path();
-    fs::path const installed = (folder / AMBREL_PLUGIN_FOLDER / moduleName).lexically_normal();
-    // The build tree has no folder for the architecture.
-    fs::path const built = folder.parent_path() / "lib/ambrel" / moduleName;
-    return fs::exists(built, error) ? built : installed;
-}
-
 BException LoadFailure(std::string const& reason) {
     return BException(BString::FromUtf8("Ambrel Exception"),
                       BString::FromUtf8("loading the plug-in"), BString::FromUtf8(reason));
+}
+
+/// Beside the host library, where both have been built or installed. That is where the loader has
+/// found it, so it needs no /proc, and never is the current folder.
+fs::path FolderOfPlugIns() {
+    Dl_info host = {};
+    fs::path path;
+    if (dladdr(reinterpret_cast<void const*>(&BLogger::Instance), &host) != 0) {
+        path = fs::path(host.dli_fname).parent_path();
+    }
+    if (!path.is_absolute()) {
+        throw LoadFailure("it is not known where it was installed; see AMBREL_PLUGIN_PATH");
+    }
+    return path.lexically_normal() / "ambrel";
+}
+
+fs::path FindPlugIn() {
+    std::error_code error; // a place that cannot be looked at is not the one
+    if (char const* const wanted = std::getenv("AMBREL_PLUGIN_PATH"); wanted && *wanted) {
+        fs::path const path = fs::absolute(wanted); // the loader searches for a mere name
+        return fs::is_directory(path, error) ? path / moduleName : path;
+    }
+    return FolderOfPlugIns() / moduleName;
 }
 
 BDataManagerProxy& Load() {

@@ -5,8 +5,8 @@
 namespace Ambrel::Tool {
 
 /// The plug-in that serves shapefiles, loaded at the first call and kept until the process ends:
-/// from the file or folder that the environment variable AMBREL_PLUGIN_PATH names, else from where
-/// it was built or installed, relative to the program. Throws a BException that tells what was
+/// from the file or folder that the environment variable AMBREL_PLUGIN_PATH names, else from
+/// the folder "ambrel" beside the host library. Throws a BException that tells what was
 /// tried.
 BDataManagerProxy& ShapefilePlugIn();
 

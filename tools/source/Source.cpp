@@ -1,16 +1,12 @@
 #include "source/Source.h"
 
-#include "formats/OutputFile.h"
 #include "source/Encoding.h"
 #include "source/Log.h"
 #include "source/PlugIn.h"
 #include "terminal/Console.h"
 
 #include "Ambrel/BException.h"
-#include "Ambrel/BFileUtilities.h"
 #include "Ambrel/Constants.h"
-
-#include <algorithm>
 
 namespace Ambrel::Tool {
 
@@ -65,59 +61,6 @@ void Source::ReopenDirectly() {
 
 BRect Source::Extent() {
     return BDataManager::ExtentsOf(reader->QueryInfo(QUERY_DATA_EXTENTS));
-}
-
-std::vector<BString> FilesOf(std::string const& path) {
-    std::vector<BString> files =
-        BFileUtilities::ListFiles(BString::FromUtf8(path), BString::FromUtf8(".shp"));
-    if (files.empty()) {
-        throw BFileNotFoundException(BString::FromUtf8("BFileUtilities::ListFiles"),
-                                     BString::FromUtf8("no shapefile in " + path));
-    }
-    return files;
-}
-
-namespace {
-
-/// The shapefile that a file beside it ("roads.dbf", "roads.sbn", "roads.shp.xml") belongs to; any
-/// other path as it is.
-std::string ShapefileOf(std::string const& path) {
-    constexpr std::string_view description = ".shp.xml";
-    if (path.ends_with(description)) {
-        std::string const shapefile = path.substr(0, path.size() - 4);
-        return BFileUtilities::Exists(BString::FromUtf8(shapefile)) ? shapefile : path;
-    }
-    std::string const extension = ExtensionOf(path);
-    bool const isPart = extension == ".shx" || extension == ".dbf" || extension == ".prj";
-    BString const file = BString::FromUtf8(path);
-    BString const main = BFileUtilities::ChangeExtension(file, BString::FromUtf8(".shp"));
-    bool const isCompanion = isPart || (extension != ".shp" && BFileUtilities::Exists(file));
-    return isCompanion && BFileUtilities::Exists(main) ? std::string(main.Utf8()) : path;
-}
-
-} // namespace
-
-std::vector<std::string> ShapefilesAmong(std::vector<std::string> const& paths) {
-    std::vector<std::string> shapefiles;
-    for (std::string path : paths) {
-        if (path.empty()) { // what a shell makes of a variable that is not set
-            throw UsageException("a path is empty");
-        }
-        path = ShapefileOf(path);
-        if (std::find(shapefiles.begin(), shapefiles.end(), path) == shapefiles.end()) {
-            shapefiles.push_back(path);
-        }
-    }
-    return shapefiles;
-}
-
-BString TheFileOf(std::string const& path, std::string const& advice) {
-    std::vector<BString> const files = FilesOf(ShapefilesAmong({path}).front());
-    if (files.size() > 1) {
-        throw UsageException(path + " stands for " + std::to_string(files.size()) +
-                             " shapefiles; " + advice);
-    }
-    return files.front();
 }
 
 } // namespace Ambrel::Tool

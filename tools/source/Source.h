@@ -4,7 +4,6 @@
 
 #include <memory>
 #include <string>
-#include <vector>
 
 namespace Ambrel::Tool {
 
@@ -52,15 +51,5 @@ private:
     std::unique_ptr<BDataReader, Destroy> reader;
     BSharedPtr<BLayer> layer;
 };
-
-/// The shapefiles that a path of the command line stands for: a file, a folder's or a wildcard's.
-/// Throws BFileNotFoundException where the last two have none.
-std::vector<BString> FilesOf(std::string const& path);
-/// The paths, each once; a file of a shapefile's name (".dbf", ".cpg", ".sbn") stands for it, as it
-/// does where a shell has given all files of a folder.
-std::vector<std::string> ShapefilesAmong(std::vector<std::string> const& paths);
-/// The one shapefile of a command that takes no more. Throws as FilesOf, and UsageException with
-/// the advice when there are several.
-BString TheFileOf(std::string const& path, std::string const& advice = "name one of them");
 
 } // namespace Ambrel::Tool

@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <filesystem>
+#include <vector>
 
 #include <unistd.h>
 
@@ -16,6 +18,28 @@ BString Category() {
     return BString::FromUtf8("Ambrel Exception");
 }
 
+struct Alias {
+    std::string folder;
+    std::string name;
+};
+
+std::vector<Alias>& Aliases() {
+    static std::vector<Alias> aliases;
+    return aliases;
+}
+
+/// Puts `name` in the place of a folder wherever a path begins with it.
+void Replace(std::string& text, std::string_view folder, std::string_view name) {
+    for (auto at = text.find(folder); at != std::string::npos; at = text.find(folder, at)) {
+        constexpr std::string_view beforePaths = " \"'(<";
+        bool const isStart = at == 0 || beforePaths.find(text[at - 1]) != std::string_view::npos;
+        if (isStart) {
+            text.replace(at, folder.size(), name);
+        }
+        at += isStart ? name.size() : folder.size();
+    }
+}
+
 /// The line, with the file behind it where it does not name it, or a companion of it, already.
 std::string Naming(std::string_view file, std::string const& line) {
     std::string_view const base = file.substr(0, file.rfind('.'));
@@ -24,6 +48,27 @@ std::string Naming(std::string_view file, std::string const& line) {
 }
 
 } // namespace
+
+void AddAlias(std::string const& folder, std::string const& name) {
+    Aliases().push_back({folder, name});
+}
+
+std::string WithAliases(std::string text) {
+    for (Alias const& alias : Aliases()) {
+        Replace(text, alias.folder + "/", alias.name + "/");
+    }
+    return text;
+}
+
+std::string InUsersNames(std::string text) {
+    text = WithAliases(std::move(text));
+    std::error_code error; // a folder that has gone has no name
+    std::string const current = std::filesystem::current_path(error).string();
+    if (!error && current != "/") {
+        Replace(text, current + "/", "");
+    }
+    return text;
+}
 
 std::string OneLine(std::string_view text) {
     std::string line;
@@ -58,7 +103,7 @@ void FileSink::Write(std::string_view text) {
         if (written >= 0) {
             text.remove_prefix(static_cast<std::size_t>(written));
         } else if (errno == EINTR) {
-            ThrowIfInterrupted();
+            continue;
         } else if (errno == EPIPE) {
             throw PipeClosedException();
         } else {
@@ -95,12 +140,13 @@ void PrintError(Console& console, std::exception const& error, std::string_view 
 }
 
 void PrintError(Console& console, std::string_view text, std::string_view file) {
-    console.err.Write("ambrel-shp: " + OneLine(Naming(file, std::string(text))) + "\n");
+    console.err.Write("ambrel-shp: " + OneLine(InUsersNames(Naming(file, std::string(text)))) +
+                      "\n");
 }
 
 void PrintWarning(Console& console, std::string_view text) {
     std::string const line = Naming(console.file, std::string(text));
-    console.err.Write("ambrel-shp: warning: " + OneLine(line) + "\n");
+    console.err.Write("ambrel-shp: warning: " + OneLine(InUsersNames(line)) + "\n");
 }
 
 } // namespace Ambrel::Tool

@@ -97,6 +97,13 @@ public:
     char const* GetClassName() const noexcept override { return "InterruptedException"; }
 };
 
+/// From now on, messages have `name` in the place of this folder: the files in it have been made of
+/// what the user named.
+void AddAlias(std::string const& folder, std::string const& name);
+/// The text as AddAlias has it.
+std::string WithAliases(std::string text);
+/// The same, without the current folder in front of files.
+std::string InUsersNames(std::string text);
 /// The text with spaces for control characters, which would break lines and command terminals.
 std::string OneLine(std::string_view text);
 /// "KIND: OPERATION: MESSAGE", without what is empty.

@@ -2,8 +2,10 @@
 
 namespace Ambrel::Tool {
 
-/// Lets Ctrl-C, a hang-up and a polite kill end the work between two records, so that half-written
-/// files and the disk cache go. A second signal ends the process at once.
+/// Lets Ctrl-C, a hang-up and any polite kill end the work. The main thread ends it between two
+/// records; where it does not within a sixth of a second, or a second signal comes, the process
+/// ends with exit code 130 wherever it is. Temporary files go in both cases. To be called once,
+/// before any other thread is there.
 void CatchInterrupts() noexcept;
 
 /// Whether the user has asked to stop.
