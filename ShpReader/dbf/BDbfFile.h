@@ -85,6 +85,9 @@ public:
     /// handle made for this call does not open.
     void ReadAttributeRecord(std::uint32_t index, BAttributes& attributes, bool useOwnHandle);
 
+    /// Whether record `index` is marked as deleted.
+    bool IsDeleted(std::uint32_t index) const;
+
     /// Converts one field of a record: `offset` and the definition's width, in bytes, say where it
     /// stands. What lies past the end of `record` has no text.
     static void DbfField2Attribute(std::string_view record, BAttributeDef const& definition,

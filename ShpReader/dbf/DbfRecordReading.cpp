@@ -50,6 +50,12 @@ void BDbfFile::ReadAttributeRecord(std::uint32_t index, BAttributes& attributes,
     }
 }
 
+bool BDbfFile::IsDeleted(std::uint32_t index) const {
+    char mark = ' ';
+    return !useDefaultValues && index < header.recordCount &&
+           input->Read(header.GetRecordPosition(index), &mark, 1) == 1 && mark == '*';
+}
+
 void BDbfFile::ReadWithOwnHandle(std::uint32_t index, BAttributes& attributes) {
     std::string_view const record = window.Fetch(*input, header, index);
     if (record.size() < header.recordLength) {
