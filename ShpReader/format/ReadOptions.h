@@ -9,7 +9,7 @@ namespace Ambrel {
 struct ReadOptions {
     /// The codec of the table's texts and names: a codec that Qt knows, or a spelling met in ".cpg"
     /// files. Empty: the application's codec, else UTF-8 where valid and Windows-1252 where not.
-    std::string encoding;
+    std::string encoding{};
     /// Numeric and logical fields that hold no value give a null instead of 0 or false.
     bool missingAsNull = false;
     /// Records whose table row is marked as deleted are left out.

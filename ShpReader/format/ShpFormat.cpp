@@ -110,11 +110,15 @@ bool ShpFileHeader::HasZ() const noexcept {
     return type && type->hasZ;
 }
 
-bool ShpFileHeader::HasUsableMeasures() const noexcept {
+bool ShpFileHeader::MayHaveMeasures() const noexcept {
     ShapeType const* const type = FindShapeType(shapeType);
+    return type && type->hasMeasures;
+}
+
+bool ShpFileHeader::HasUsableMeasures() const noexcept {
     bool const isNoData = mMin < shpNoData || mMax < shpNoData;
     bool const isUnset = mMin == 0.0 && mMax == 0.0;
-    return type && type->hasMeasures && !isNoData && !isUnset;
+    return MayHaveMeasures() && !isNoData && !isUnset;
 }
 
 ShpFileHeader ShpFileHeader::Decode(std::uint8_t const* bytes) noexcept {
@@ -256,6 +260,26 @@ std::optional<VertexBlocks> VertexBlocks::Locate(RecordContent content,
     blocks.pointsEnd = blocks.points + shpPointSize * blocks.pointCount;
     blocks.blockSize = shpRangeSize + shpDoubleSize * blocks.pointCount;
     return blocks;
+}
+
+bool HasExactSize(RecordContent start, std::uint64_t size) noexcept {
+    ShapeType const* const type =
+        start.Holds(0, shapeTypeSize) ? FindShapeType(ReadShapeType(start)) : nullptr;
+    if (!type || type->layout == ShapeLayout::MultiPatch) {
+        return false;
+    }
+    std::uint64_t least = shapeTypeSize;
+    std::uint64_t block = 0; // of Z values, and of measures
+    if (type->layout == ShapeLayout::Point) {
+        least = shapeTypeSize + shpPointSize;
+        block = shpDoubleSize;
+    } else if (auto const blocks = VertexBlocks::Locate(start, type->layout)) {
+        least = blocks->pointsEnd;
+        block = blocks->blockSize;
+    } else if (type->layout != ShapeLayout::Null) {
+        return false;
+    }
+    return size == least || size == least + block || size == least + 2 * block;
 }
 
 VertexRecord VertexRecord::OfMultiPoint(RecordContent content, bool fileHasZ,

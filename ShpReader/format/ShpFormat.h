@@ -73,7 +73,9 @@ struct ShpFileHeader {
     }
     /// Whether a file of this type has Z values.
     bool HasZ() const noexcept;
-    /// Whether a file of this type may have measures and the range in the header is one: neither
+    /// Whether a file of this type may have measures.
+    bool MayHaveMeasures() const noexcept;
+    /// Whether it may have measures and the range in the header is one: neither
     /// bound below -1e38 (the format's "no data"), not both exactly 0. NaN counts as a bound.
     bool HasUsableMeasures() const noexcept;
 
@@ -167,6 +169,10 @@ struct VertexBlocks {
     /// Nothing for a layout without vertices, and where the counts are negative or not there.
     static std::optional<VertexBlocks> Locate(RecordContent content, ShapeLayout layout) noexcept;
 };
+
+/// Whether a content of `size` bytes is as long as its type and counts make it: with or without Z
+/// values and measures. Never for a multipatch.
+bool HasExactSize(RecordContent start, std::uint64_t size) noexcept;
 
 /// A record of several vertices, found to hold what its counts promise: a multipoint, or the parts
 /// of a polyline or polygon. It looks into the content, which must outlive it.

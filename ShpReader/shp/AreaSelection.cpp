@@ -21,7 +21,7 @@ void BShpFile::VisitRecordsInArea(char const* operation, BRect const& area, Visi
     RecordAccess access(RequireRecords(operation), {}, RecordAccess::scanPiece);
     for (std::uint32_t index = 0; index < recordCount; ++index) {
         BRect const rectangle = GetRecordMBR(access.ReadRecord(index));
-        if (IsCandidate(rectangle) && area.Meets(rectangle) && !visit(index)) {
+        if (IsCandidate(rectangle) && area.Meets(rectangle) && !IsLeftOut(index) && !visit(index)) {
             return;
         }
     }

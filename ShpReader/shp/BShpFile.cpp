@@ -82,15 +82,53 @@ void BShpFile::OpenToWrite() {
 void BShpFile::OpenToRead() {
     records = std::make_unique<RecordStore>(openOperation, fileName);
     GetHeader();
-    records->OpenIndex(openOperation, indexFileName);
-    recordCount = records->GetRecordCount();
-    if (!BFileUtilities::Exists(dbfFileName)) {
-        BFileNotFoundException failure(openOperation, dbfFileName);
-        failure.SetReason(BInputFile(dbfFileName).GetOpenError());
-        throw failure;
-    }
-    dbfFile->Open(dbfFileName, BDbfFile::readMode, false);
+    OpenIndex();
+    OpenTable();
     LoadCoordSys();
+    if (hasAttributeZName && !useAttributes && !isTableMissing) {
+        Report(FindingCode::AttributeZWithoutAttributes, fileName, {},
+               {std::string(attributeZName.Utf8())});
+    }
+}
+
+void BShpFile::OpenIndex() {
+    bool isMade = false;
+    if (options.salvage) {
+        isMade = records->OpenOrMakeIndex(indexFileName);
+    } else {
+        records->OpenIndex(openOperation, indexFileName);
+    }
+    recordCount = records->GetRecordCount();
+    if (isMade) {
+        Report(FindingCode::IndexSalvaged, indexFileName, {}, {std::int64_t{recordCount}});
+    }
+}
+
+void BShpFile::OpenTable() {
+    try {
+        if (!BFileUtilities::Exists(dbfFileName)) {
+            BFileNotFoundException failure(openOperation, dbfFileName);
+            failure.SetReason(BInputFile(dbfFileName).GetOpenError());
+            throw failure;
+        }
+        dbfFile->Open(dbfFileName, BDbfFile::readMode, false);
+    } catch (BFileNotFoundException const&) {
+        DoWithoutTable();
+    } catch (BFileContentNotValidException const&) {
+        DoWithoutTable();
+    }
+}
+
+/// REQUIRES: an exception is being handled, which passes on where nothing is to be salvaged.
+void BShpFile::DoWithoutTable() {
+    if (!options.salvage) {
+        throw;
+    }
+    dbfFile = BSharedPtr<BDbfFile>(new BDbfFile);
+    isTableMissing = true;
+    useAttributes = false;
+    hasAttributeZName = false;
+    Report(FindingCode::TableMissing, dbfFileName);
 }
 
 void BShpFile::GetHeader() {
@@ -111,6 +149,7 @@ void BShpFile::GetHeader() {
         mMin = header.mMin;
         mMax = header.mMax;
     }
+    readsMeasures = hasMeasures || (options.measuresAlways && header.MayHaveMeasures());
 }
 
 void BShpFile::LoadCoordSys() {

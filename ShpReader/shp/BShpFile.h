@@ -117,7 +117,8 @@ public:
     /// The observer of whole-file reads, not owned; null for none.
     void SetProgress(BProgress* newProgress) noexcept { progress = newProgress; }
 
-    /// Reads every record, in order, and adds its feature to the layer's collection. Returns 0, or
+    /// Reads every record that is not left out, in order, and adds its feature to the layer's
+    /// collection. Returns 0, or
     /// readCancelled when the observer ended it; the features before that stay in the layer. Throws
     /// what decoding throws, such as BUnknownGeometryException for a type that can not be decoded.
     std::int32_t Read(BSharedPtr<BVectorLayer> const& layer);
@@ -127,7 +128,8 @@ public:
     BSharedPtr<BFeature> Read(std::uint32_t index, RecordContent content, bool complete,
                               bool useOwnHandle);
 
-    /// Reads one record as a feature. `complete`: with format, record number, attributes and
+    /// Reads one record as a feature; an empty holder for one that is left out (an option).
+    /// `complete`: with format, record number, attributes and
     /// attribute Z. Throws BResourceException or std::bad_alloc where memory ends, and as Read
     /// does. Any failure but a wrong index lets go of the index in memory, and of the shared record
     /// buffer.
@@ -167,6 +169,9 @@ private:
     void OpenToRead();
     void OpenToWrite();
     void GetHeader();
+    void OpenIndex();
+    void OpenTable();
+    void DoWithoutTable();
     void LoadCoordSys();
     void Close() noexcept;
     void FillLayer(BVectorLayer& layer);
@@ -178,6 +183,8 @@ private:
     /// BFileNotFoundException.
     RecordStore& RequireRecords(char const* operation) const;
     BSharedPtr<BFeature> FetchFeature(std::uint32_t index, bool complete);
+    /// Whether the record's row is marked as deleted, where such records are to be left out.
+    bool IsLeftOut(std::uint32_t index) const;
 
     // Layer reading.
     bool ReadAllRecords(BVectorLayer& layer);
@@ -224,6 +231,8 @@ private:
     std::uint32_t mode = closedMode;
     BProgress* progress = nullptr;
     ReadOptions options;
+    bool readsMeasures = false;  ///< from records, also where the header's range is not usable
+    bool isTableMissing = false; ///< and done without
     bool useAttributes = true;
     bool hasAttributeZName = false;
     BString attributeZName;

@@ -87,7 +87,7 @@ BSharedPtr<BFeature> BShpFile::Read(std::uint32_t index, RecordContent content, 
 
 BSharedPtr<BFeature> BShpFile::Decode(std::uint32_t index, RecordContent content) const {
     FindingReport report(fileName, index);
-    return RecordDecoder(hasZ, hasMeasures).Decode(content, report.findings);
+    return RecordDecoder(hasZ, readsMeasures).Decode(content, report.findings);
 }
 
 void BShpFile::Complete(std::uint32_t index, BFeature& feature, bool useOwnHandle) {

@@ -47,7 +47,9 @@ void BShpFile::FillLayer(BVectorLayer& layer) {
         throw BNotOpenException("BShpFile::SetUpLayer", fileName);
     }
     layer.SetSingleGeometryClass(GeometryClassOfShapeType(shapeType));
-    dbfFile->ReadSchema();
+    if (!isTableMissing) {
+        dbfFile->ReadSchema();
+    }
     layer.SetSchema(dbfFile->GetSchema());
 }
 
@@ -76,13 +78,15 @@ bool BShpFile::ReadAllRecords(BVectorLayer& layer) {
         return true;
     }
     RecordStore& store = RequireRecords("BShpFile::Read");
-    RecordAccess access(store, {false, hasZ, hasMeasures}, RecordAccess::scanPiece,
+    RecordAccess access(store, {false, hasZ, readsMeasures}, RecordAccess::scanPiece,
                         &store.GetSharedBuffer());
-    access.contentBudget = std::max(2 * access.GetMainSize(), leastContentBudget);
+    access.contentBudget = std::max(2 * store.GetMainFile().GetSize(), leastContentBudget);
     for (std::uint32_t index = 0; index < recordCount; ++index) {
-        RecordContent const content = access.ReadRecord(index);
-        // The observer may give the layer another collection.
-        layer.GetFeatures().Add(Read(index, content, true, true));
+        if (!IsLeftOut(index)) {
+            RecordContent const content = access.ReadRecord(index);
+            // The observer may give the layer another collection.
+            layer.GetFeatures().Add(Read(index, content, true, true));
+        }
         if (!WantsToGoOn(index)) {
             return false;
         }

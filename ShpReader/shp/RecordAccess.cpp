@@ -16,7 +16,7 @@ std::uint64_t ContentNeed::BytesOf(RecordContent start, std::uint64_t size) cons
 
 RecordAccess::RecordAccess(RecordStore const& newStore, ContentNeed newNeed, std::size_t piece,
                            ContentBuffer* newSharedBuffer) // NOLINT(*-member-init): firstPiece
-    : store(newStore), need(newNeed), mainSize(store.GetMainFile().GetSize()),
+    : store(newStore), need(newNeed), mainSize(store.GetMainFile().GetSizeAtOpen()),
       main(store.GetMainFile(), mainSize, piece, firstPiece), indexCopy(store.HoldIndex()),
       sharedBuffer(newSharedBuffer) {
     if (BInputFile const* const file = store.GetIndexFile(); file && !indexCopy) {
@@ -38,20 +38,24 @@ ShpIndexEntry RecordAccess::FindEntry(std::uint32_t recordIndex) {
     return read == entry.size() ? ShpIndexEntry::Decode(entry.data()) : ShpIndexEntry{};
 }
 
-std::uint64_t RecordAccess::BytesBehind(std::int64_t position) const noexcept {
-    if (position < 0 || static_cast<std::uint64_t>(position) >= mainSize) {
-        return 0;
+/// Of `size` bytes from `position` on, those that the main file holds.
+std::uint32_t RecordAccess::CountHeld(std::int64_t position, std::uint32_t size) noexcept {
+    if (position < std::int64_t{ShpRecordHeader::size}) {
+        return 0; // so the record's header has no place
     }
-    return mainSize - static_cast<std::uint64_t>(position);
+    auto const start = static_cast<std::uint64_t>(position);
+    if (start + size > mainSize) {
+        mainSize = store.GetMainFile().GetSize(); // It may have grown since it was opened.
+    }
+    std::uint64_t const held = start < mainSize ? mainSize - start : 0;
+    return static_cast<std::uint32_t>(std::min<std::uint64_t>(size, held));
 }
 
 RecordContent RecordAccess::ReadRecord(std::uint32_t recordIndex) {
     ShpIndexEntry const entry = FindEntry(recordIndex);
     std::int64_t const position = entry.RecordPosition();
     std::int64_t const contentPosition = position + std::int64_t{ShpRecordHeader::size};
-    std::uint64_t const available = position < 0 ? 0 : BytesBehind(contentPosition);
-    auto const size =
-        static_cast<std::uint32_t>(std::min<std::uint64_t>(entry.ContentSize(), available));
+    std::uint32_t const size = CountHeld(contentPosition, entry.ContentSize());
 
     // A claim of length alone makes nothing be read beyond the first piece.
     std::span<std::uint8_t const> const start =

@@ -43,20 +43,16 @@ public:
     /// index that names the same bytes again and again cannot make it read on and on.
     std::uint64_t contentBudget = std::numeric_limits<std::uint64_t>::max();
 
-    /// Bytes of the main file, when the operation began.
-    std::uint64_t GetMainSize() const noexcept { return mainSize; }
-
 private:
     /// The entry of record `index`; zeros where the file does not hold it whole.
     ShpIndexEntry FindEntry(std::uint32_t index);
-    /// The bytes that the main file holds from `position` on.
-    std::uint64_t BytesBehind(std::int64_t position) const noexcept;
+    std::uint32_t CountHeld(std::int64_t position, std::uint32_t size) noexcept;
     void ProvideSharedBuffer(std::uint32_t size, bool isMissing);
     RecordContent ReadContent(std::int64_t position, std::uint32_t size);
 
     RecordStore const& store;
     ContentNeed need;
-    std::uint64_t mainSize;
+    std::uint64_t mainSize; ///< bytes, as far as is known
     std::array<std::uint8_t, recordPiece> firstPiece; ///< not filled: most fetches need no more
     BReadAhead main;
     std::shared_ptr<IndexCopy const> indexCopy;

@@ -130,6 +130,9 @@ void BShpFile::RenderFeatures(std::vector<std::uint64_t> const& indexes,
     for (std::uint64_t const index : indexes) {
         RequireIndex(index, operation);
         auto const record = static_cast<std::uint32_t>(index);
+        if (IsLeftOut(record)) {
+            continue;
+        }
         RecordFault const fault = DrawRecord(access.ReadRecord(record), *renderer);
         if (fault != RecordFault::None) {
             Report(FindingOf(fault), fileName, record);

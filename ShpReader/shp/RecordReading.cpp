@@ -28,6 +28,10 @@ RecordStore& BShpFile::RequireRecords(char const* operation) const {
     return *records;
 }
 
+bool BShpFile::IsLeftOut(std::uint32_t index) const {
+    return options.skipDeleted && !isTableMissing && dbfFile->IsDeleted(index);
+}
+
 BSharedPtr<BFeature> BShpFile::ReadFeature(std::uint64_t index, bool complete) {
     constexpr char const* operation = "BShpFile::ReadFeature";
     if (mode == readMode) {
@@ -43,8 +47,11 @@ BSharedPtr<BFeature> BShpFile::ReadFeature(std::uint64_t index, bool complete) {
 }
 
 BSharedPtr<BFeature> BShpFile::FetchFeature(std::uint32_t index, bool complete) {
-    RecordAccess access(RequireRecords("BShpFile::ReadFeature"), {false, hasZ, hasMeasures},
-                        RecordAccess::recordPiece);
+    RecordStore const& store = RequireRecords("BShpFile::ReadFeature");
+    if (IsLeftOut(index)) {
+        return {};
+    }
+    RecordAccess access(store, {false, hasZ, readsMeasures}, RecordAccess::recordPiece);
     return Read(index, access.ReadRecord(index), complete, false);
 }
 

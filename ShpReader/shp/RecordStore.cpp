@@ -1,6 +1,7 @@
 #include "ShpReader/shp/RecordStore.h"
 
 #include "Ambrel/BException.h"
+#include "ShpReader/shp/IndexSalvage.h"
 
 #include <array>
 #include <new>
@@ -42,9 +43,30 @@ RecordStore::RecordStore(char const* operation, BString const& newMainPath)
 void RecordStore::OpenIndex(char const* operation, BString const& indexPath) {
     auto opened = std::make_unique<BInputFile>(indexPath);
     RequireOpen(*opened, operation, indexPath);
+    TakeIndex(std::move(opened));
+}
+
+void RecordStore::TakeIndex(std::unique_ptr<BInputFile> opened) noexcept {
     index = std::move(opened);
     // Sizes of files are taken modulo 2^32.
     recordCount = ShpIndexEntry::CountIn(static_cast<std::uint32_t>(index->GetSizeAtOpen()));
+}
+
+bool RecordStore::OpenOrMakeIndex(BString const& indexPath) {
+    auto opened = std::make_unique<BInputFile>(indexPath);
+    if (opened->IsOpen() && HasUsableEntry(main, *opened)) {
+        TakeIndex(std::move(opened));
+        return false;
+    }
+    std::shared_ptr<IndexCopy const> made = MakeIndex(main);
+    auto const size = static_cast<std::uint32_t>(opened->GetSizeAtOpen());
+    if (opened->IsOpen() && ShpIndexEntry::CountIn(size) == 0 && made->size == 0) {
+        TakeIndex(std::move(opened));
+        return false;
+    }
+    recordCount = static_cast<std::uint32_t>(made->size / ShpIndexEntry::size);
+    indexCopy = madeIndex = std::move(made);
+    return true;
 }
 
 std::optional<ShpFileHeader> RecordStore::ReadHeader() const {
@@ -76,7 +98,7 @@ void RecordStore::ReleaseBuffers() noexcept {
         sharedBuffer.Release();
     }
     std::lock_guard const hold(indexLock);
-    indexCopy.reset();
+    indexCopy = madeIndex;
 }
 
 std::shared_ptr<IndexCopy const> RecordStore::HoldIndex() const {

@@ -40,19 +40,22 @@ public:
     RecordStore(char const* operation, BString const& newMainPath);
     /// Opens the index and counts its entries. Throws BFileNotFoundException (operation, path).
     void OpenIndex(char const* operation, BString const& indexPath);
+    /// Opens the index; where it is missing or unusable, an index is made of the main file, and
+    /// stays in memory. Returns whether that was so.
+    bool OpenOrMakeIndex(BString const& indexPath);
 
     /// Nothing where the main file does not begin with a valid header.
     std::optional<ShpFileHeader> ReadHeader() const;
     std::uint32_t GetRecordCount() const noexcept { return recordCount; }
     BString const& GetMainPath() const noexcept { return mainPath; }
     BInputFile const& GetMainFile() const noexcept { return main; }
-    /// Null before OpenIndex has succeeded; there are no records then.
+    /// Null where there are no records yet, or their index was made.
     BInputFile const* GetIndexFile() const noexcept { return index.get(); }
 
     /// Takes the index entries into memory. Where there is no memory for them, entries are read
     /// from the file when they are needed.
     void LoadIndex();
-    /// Frees the copy of the index and the shared buffer.
+    /// Frees the copy of the index, unless there is no file behind it, and the shared buffer.
     void ReleaseBuffers() noexcept;
     /// The copy of the index, or null.
     std::shared_ptr<IndexCopy const> HoldIndex() const;
@@ -61,6 +64,8 @@ public:
     std::unique_lock<std::mutex> LockSharedBuffer() { return std::unique_lock(bufferLock); }
 
 private:
+    void TakeIndex(std::unique_ptr<BInputFile> opened) noexcept;
+
     BString mainPath;
     BInputFile main;
     std::unique_ptr<BInputFile> index;
@@ -68,6 +73,7 @@ private:
 
     mutable std::mutex indexLock; ///< guards `indexCopy`
     std::shared_ptr<IndexCopy const> indexCopy;
+    std::shared_ptr<IndexCopy const> madeIndex; ///< where there is no index file
     std::mutex bufferLock; ///< guards `sharedBuffer` but for the whole-file read
     ContentBuffer sharedBuffer;
 };

@@ -150,6 +150,30 @@ TEST(OpeningTest, OperationsNeedAFileThatIsOpenInTheirMode) {
     refuse("BShpFile::WriteHeader", [&] { read->FinishHeader(handle); });
 }
 
+#if defined(__GXX_ABI_VERSION)
+/// Hosts that were built against another version find the virtual operations by their slots.
+TEST(OpeningTest, VirtualOperationsKeepTheirSlots) {
+    OpenShapefile const read(Diagonal(1));
+    BShpFile& file = *read.file;
+    void* const* const virtualTable = *reinterpret_cast<void* const* const*>(&file);
+    constexpr int behindDestructors = 2;
+    auto const slot = [&](int number) { return virtualTable[behindDestructors + number]; };
+    BSharedPtr<BFeature> const feature(new BFeature);
+    using Operation = void (*)(BShpFile*);
+    using FeatureOperation = void (*)(BShpFile*, BSharedPtr<BFeature> const*);
+    EXPECT_BEXCEPTION(reinterpret_cast<Operation>(slot(0))(&file), BReadWriteMismatchException,
+                      "BShpFile::Write", "");
+    TemporaryFolder const folder;
+    BShpFile written;
+    written.Open(folder.File("a.shp"), BShpFile::writeMode, true, "");
+    reinterpret_cast<Operation>(slot(2))(&written);
+    EXPECT_EQ(written.GetRecordCount(), 1U);
+    EXPECT_BEXCEPTION(reinterpret_cast<FeatureOperation>(slot(1))(&written, &feature),
+                      BAttributeDataException, "BDbfFile::WriteAttributeRecord", "*");
+    EXPECT_EQ(written.GetRecordCount(), 2U);
+}
+#endif
+
 } // namespace
 
 } // namespace Ambrel::Test

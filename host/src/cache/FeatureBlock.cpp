@@ -130,19 +130,25 @@ FeatureBlock FeatureBlock::Decode(BByteArray&& encoded, char const* operation) {
 
 namespace {
 
-/// Hands the features to `use` block by block.
+/// Hands the features that are not left out to `use` block by block, and returns their number.
 template <class Use>
-void ForEachBlock(BFeatureCollection const& features, Use const& use) {
+std::uint64_t ForEachBlock(BFeatureCollection const& features, Use const& use) {
     FeatureBlock block;
+    std::uint64_t held = 0;
     std::uint64_t const count = features.GetCount();
     for (std::uint64_t i = 0; i < count; ++i) {
-        block.Add(*features.GetAt(i));
+        if (BSharedPtr<BFeature> const feature = features.GetAt(i)) {
+            block.Add(*feature);
+            ++held;
+        }
         if (block.Count() == featuresPerStreamBlock ||
-            block.FeaturesSize() >= FeatureBlock::fullSize || i + 1 == count) {
+            block.FeaturesSize() >= FeatureBlock::fullSize ||
+            (i + 1 == count && block.Count() > 0)) {
             use(block);
             block.Clear();
         }
     }
+    return held;
 }
 
 } // namespace
@@ -151,13 +157,15 @@ void WriteCollection(BFeatureCollection const& features, BByteArray& bytes) {
     std::size_t const start = bytes.size();
     try {
         AppendValue(bytes, collectionMark);
-        AppendValue(bytes, features.GetCount());
-        ForEachBlock(features, [&](FeatureBlock& block) {
+        std::size_t const countAt = bytes.size();
+        AppendValue(bytes, std::uint64_t{0});
+        std::uint64_t const count = ForEachBlock(features, [&](FeatureBlock& block) {
             AppendValue(bytes, std::uint64_t{block.EncodedSize()});
             block.Encode([&](BByteArray const& encoded) {
                 AppendBytes(bytes, encoded.data(), encoded.size());
             });
         });
+        std::memcpy(bytes.data() + countAt, &count, sizeof count);
     } catch (...) {
         bytes.resize(start);
         throw;

@@ -52,7 +52,9 @@ void BMemoryFeatureCollection::Recount() {
 void BMemoryFeatureCollection::Add(BFeatureCollection const& other) {
     std::uint64_t const count = other.GetCount();
     for (std::uint64_t i = 0; i < count; ++i) {
-        Add(*other.GetAt(i));
+        if (BSharedPtr<BFeature> const feature = other.GetAt(i)) { // else it is left out
+            Add(*feature);
+        }
     }
 }
 
