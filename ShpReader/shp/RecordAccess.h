@@ -52,7 +52,7 @@ private:
 
     RecordStore const& store;
     ContentNeed need;
-    std::uint64_t mainSize; ///< bytes, as far as is known
+    std::uint64_t mainSize;                           ///< bytes, as far as is known
     std::array<std::uint8_t, recordPiece> firstPiece; ///< not filled: most fetches need no more
     BReadAhead main;
     std::shared_ptr<IndexCopy const> indexCopy;
