@@ -1,7 +1,10 @@
 #include "Testing.h"
 
+#include <array>
 #include <cmath>
+#include <sys/inotify.h>
 #include <thread>
+#include <unistd.h>
 
 namespace Ambrel::Test {
 namespace {
@@ -121,8 +124,121 @@ TEST(CoordSys, NamesAPositionThatHasNoImage) {
     EXPECT_NEAR(sound.X, 0, 1e-12);
 
     Holder const local(BCoordSys::FromText(site.c_str()));
-    EXPECT_BEXCEPTION(local->MakeTransformToWgs84(), BException, "BCoordSys::MakeTransformToWgs84",
-                      "No transformation from Site");
+    EXPECT_BEXCEPTION(local->MakeTransformToWgs84(), BException, "BCoordSys::MakeTransformTo",
+                      "No transformation from Site to WGS 84");
+}
+
+TEST(CoordSys, TakesWhatAUserMayCallASystem) {
+    struct Case {
+        char const* text;
+        char const* identifier;
+        bool isGeographic;
+        bool isWgs84;
+    } const cases[] = {
+        {"EPSG:25832", "EPSG:25832", false, false},
+        {"ESRI:54030", "ESRI:54030", false, false},
+        {"ETRS89 / UTM zone 32N", "EPSG:25832", false, false},
+        {"+proj=utm +zone=32 +datum=WGS84", "", false, false},
+        {"OGC:CRS84", "OGC:CRS84", true, true},
+        {"EPSG:4326+5773", "EPSG:9707", true, true},
+        {"EPSG:4979", "EPSG:4979", true, true},
+        {wgs84.c_str(), "EPSG:4326", true, true},
+        {shifted.c_str(), "EPSG:4326", true, true},
+        {osgb36.c_str(), "EPSG:4277", true, false},
+        {"+proj=longlat +datum=WGS84 +pm=paris", "", true, false},
+    };
+    for (Case const& expected : cases) {
+        Holder const system(BCoordSys::FromText(expected.text));
+        EXPECT_EQ(system->GetIdentifier(), expected.identifier) << expected.text;
+        EXPECT_EQ(system->IsGeographic(), expected.isGeographic) << expected.text;
+        EXPECT_EQ(system->IsLongLatWgs84(), expected.isWgs84) << expected.text;
+        Holder const again(BCoordSys::FromText(system->ToText()));
+        EXPECT_EQ(again->GetName(), system->GetName());
+        EXPECT_EQ(again->IsLongLatWgs84(), expected.isWgs84) << expected.text;
+    }
+}
+
+TEST(CoordSys, TransformsBetweenTwoSystemsInXAndY) {
+    // EPSG:31467 has its northing first.
+    Holder const gaussKrueger(BCoordSys::FromText("EPSG:31467"));
+    Holder const utm(BCoordSys::FromText("EPSG:25832"));
+    BPoint point(3500000, 5800000);
+    gaussKrueger->MakeTransformTo(*utm)->Forward(point);
+    EXPECT_NEAR(point.X, 499916, 100);
+    EXPECT_NEAR(point.Y, 5798092, 100);
+}
+
+/// Counts who opens anything in a folder.
+class OpenWatch {
+public:
+    explicit OpenWatch(std::filesystem::path const& folder) : watch(inotify_init1(IN_NONBLOCK)) {
+        inotify_add_watch(watch, folder.c_str(), IN_OPEN);
+    }
+    OpenWatch(OpenWatch const&) = delete;
+    OpenWatch& operator=(OpenWatch const&) = delete;
+    ~OpenWatch() { close(watch); }
+
+    bool HasSeenAny() const {
+        std::array<char, 4096> events;
+        return read(watch, events.data(), events.size()) > 0;
+    }
+
+private:
+    int watch;
+};
+
+TEST(CoordSys, NothingInATextOpensAFile) {
+    TemporaryFolder const folder;
+    std::string const grid = (folder.Path() / "grid").string();
+    WriteFile(grid, ByteList().Text("NUM_OREC 11"));
+    auto const geographic = [](std::string const& extension) {
+        return wgs84.substr(0, wgs84.size() - 1) + extension + "]";
+    };
+    auto const inProj4 = [&](std::string const& notation) {
+        return geographic(R"(,EXTENSION["PROJ4",")" + notation + "\"]");
+    };
+    std::string const bound =
+        R"(BOUNDCRS[SOURCECRS[GEODCRS["a",DATUM["b",ELLIPSOID["c",6378249,293]],CS[ellipsoidal,2],)"
+        R"(AXIS["latitude",north],AXIS["longitude",east],UNIT["degree",0.0174532925199433]]],)"
+        R"(TARGETCRS[GEODCRS["WGS 84",DATUM["WGS 84",ELLIPSOID["WGS 84",6378137,298.257223563]],)"
+        R"(CS[ellipsoidal,2],AXIS["latitude",north],AXIS["longitude",east],)"
+        R"(UNIT["degree",0.0174532925199433]]],ABRIDGEDTRANSFORMATION["x",METHOD["NTv2"],)";
+    std::pair<std::string, char const*> const cases[] = {
+        {inProj4("+proj=longlat +ellps=WGS84 +nadgrids=" + grid), "nadgrids="},
+        {inProj4("+proj=longlat +ellps=WGS84 +nadgrids=@null," + grid), "nadgrids="},
+        {inProj4("+proj=longlat +ellps=WGS84 nadgrids = " + grid), "nadgrids ="},
+        {inProj4("+proj=longlat +ellps=WGS84 +geoidgrids=" + grid), "geoidgrids="},
+        {inProj4("+proj=longlat +grids=" + grid), "grids="},
+        {inProj4("+proj=pipeline +step +proj=vgridshift +grids=" + grid), "pipeline"},
+        {inProj4("+init=" + grid + ":1"), "init="},
+        {inProj4("+proj=defmodel +model=" + grid), "model="},
+        {inProj4("+proj=longlat +catalog=" + grid), "catalog="},
+        {bound + R"(PARAMETERFILE["Latitude and longitude difference file",")" + grid + "\"]]]",
+         "PARAMETERFILE"},
+        {R"(VERT_CS["a",VERT_DATUM["b",2005,EXTENSION[PROJ4_GRIDS,")" + grid +
+             R"("]],UNIT["metre",1],AXIS["Up",UP]])",
+         "PROJ4_GRIDS"},
+        {R"({"type": "GeographicCRS", "name": "x"})", "{"},
+    };
+    Holder const utm(BCoordSys::FromText("EPSG:32633"));
+    OpenWatch const watch(folder.Path());
+    for (auto const& [text, reason] : cases) {
+        LogCapture const log(LOG_WARNING);
+        EXPECT_THROW(BCoordSys::FromText(text.c_str()), BFileContentNotValidException) << text;
+        EXPECT_EQ(log.TextsOf(LOG_WARNING),
+                  std::vector{"BCoordSys: " + text + " is refused: \"" + reason +
+                              "\" could make a file be opened."});
+    }
+    Holder const mercator(BCoordSys::FromText(
+        inProj4("+proj=merc +a=6378137 +b=6378137 +lon_0=0.0 +nadgrids=@null +wktext").c_str()));
+    mercator->MakeTransformTo(*utm);
+    Holder const withHeights(BCoordSys::FromText(
+        (R"(COMPD_CS["x",)" + wgs84 +
+         R"(,VERT_CS["NAVD88",VERT_DATUM["NAVD88",2005,EXTENSION["PROJ4_GRIDS",")" + grid +
+         R"("]],UNIT["metre",1],AXIS["Up",UP]]])")
+            .c_str()));
+    withHeights->MakeTransformTo(*utm);
+    EXPECT_FALSE(watch.HasSeenAny());
 }
 
 TEST(CoordSys, IsUsedBySeveralThreads) {
