@@ -51,6 +51,18 @@ ReadOptions ParseReadOptions(BParamList const& params) {
     return options;
 }
 
+/// A companion stands for its main file, any other name for itself.
+BString MainFileOf(BString const& name) {
+    QString const text = MakeQString(name);
+    for (char const* const extension : {".shx", ".dbf", ".prj", ".cpg"}) {
+        if (text.endsWith(QLatin1String(extension), Qt::CaseInsensitive) &&
+            BFileUtilities::Exists(name)) {
+            return BFileUtilities::ChangeExtension(name, ".shp");
+        }
+    }
+    return name;
+}
+
 } // namespace
 
 BShpReader::BShpReader(BParamList const& params) : BVectorDataReader(DS_SHP, params) {
@@ -76,7 +88,7 @@ void BShpReader::OpenImpl(BString const& fileName, BParamList const& params) {
 }
 
 void BShpReader::OpenFiles(BString const& fileName, BParamList const& params) {
-    std::vector<BString> const paths = MakeFileList(fileName, L".shp", params);
+    std::vector<BString> const paths = MakeFileList(MainFileOf(fileName), L".shp", params);
     // A failed Open leaves its files behind, and the host may have cleared their layers since.
     if (files.size() > layers.GetCount()) {
         files.resize(layers.GetCount());

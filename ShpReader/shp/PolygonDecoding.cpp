@@ -76,6 +76,9 @@ public:
         } else if (takesHoles && groups.LastShell().Contains(ring->GetPoints())) {
             groups.AddHole(std::move(ring));
         } else {
+            if (takesHoles) {
+                groups.LastShell().DropIndex(); // It is asked for no more holes.
+            }
             ring->SetOrientation(ORIENTATION_CLOCKWISE);
             groups.StartGroup(std::move(ring));
             takesHoles = false;
@@ -111,7 +114,7 @@ BSharedPtr<BAreaGeo> MakeDonut(RingGroup group) {
     for (Ring const& ring : group) {
         ring->is3d = 0;
         if (&ring == &group.front()) {
-            ring->SetPoints(ring->TakePoints()); // Lets go of what matching its holes has built up.
+            ring->DropIndex(); // It is asked for no more holes.
             donut->SetShell(ring);
         } else {
             donut->AddHole(ring);

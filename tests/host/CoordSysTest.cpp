@@ -238,6 +238,14 @@ TEST(CoordSys, NothingInATextOpensAFile) {
          R"("]],UNIT["metre",1],AXIS["Up",UP]]])")
             .c_str()));
     withHeights->MakeTransformTo(*utm);
+    // The database names grids for this datum, which are looked for everywhere.
+    std::filesystem::path const former = std::filesystem::current_path();
+    std::filesystem::current_path(folder.Path());
+    for (char const* const name : {"conus", "us_noaa_conus.tif", "ntv2_0.gsb", "alaska"}) {
+        std::filesystem::create_hard_link(grid, folder.Path() / name);
+    }
+    Holder(BCoordSys::FromText("EPSG:4267"))->MakeTransformTo(*utm);
+    std::filesystem::current_path(former);
     EXPECT_FALSE(watch.HasSeenAny());
 }
 

@@ -70,13 +70,19 @@ TEST_F(FileUtilitiesTest, KnowsRegularFilesAlone) {
     }
     std::filesystem::resize_file(folder.Path() / "file", (std::uintmax_t{1} << 32) + 5);
     EXPECT_EQ(BFileUtilities::GetSize(folder.File("file")), 5U);
-    EXPECT_TRUE(BFileUtilities::Delete(folder.File("file")));
-    EXPECT_FALSE(BFileUtilities::Delete(folder.File("file")));
+    for (auto const& [name, isRemoved] : {std::pair{"pipe", false},
+                                          {"broken", false},
+                                          {"link", true},
+                                          {"file", true},
+                                          {"file", false}}) {
+        EXPECT_EQ(BFileUtilities::Delete(folder.File(name)), isRemoved) << name;
+    }
+    EXPECT_TRUE(std::filesystem::is_fifo(folder.Path() / "pipe"));
 }
 
 TEST_F(FileUtilitiesTest, ListsWhatANameStandsFor) {
     Make({"roads.shp", "ROADS2.SHP", "rails.shp", "rails.dbf", "x[1].shp", "upper.SHP", ".hid.shp",
-          "sub/deep.shp", "v2.0.shp"});
+          "sub/deep.shp", "v2.0.shp", "case/a.shp", "case/A.shp", "case/A.SHP", "case/aaab.shp"});
     std::filesystem::create_directory(folder.Path() / "folder.shp");
     ASSERT_EQ(mkfifo(folder.File("pipe.shp").Ascii(), 0600), 0);
     std::pair<char const*, std::vector<char const*>> const cases[] = {
@@ -88,6 +94,10 @@ TEST_F(FileUtilitiesTest, ListsWhatANameStandsFor) {
         {"*.dbf", {}},
         {"x[1]*", {"x[1].shp"}},
         {"none*", {}},
+        {"case", {"case/A.SHP", "case/A.shp", "case/a.shp", "case/aaab.shp"}},
+        {"case/*A?B.*", {"case/aaab.shp"}},
+        {"case/*?a**b.shp", {"case/aaab.shp"}},
+        {"case/?a.shp", {}},
         {".h*", {".hid.shp"}},
         {"roads", {"roads.shp"}},
         {"upper", {"upper.SHP"}},

@@ -73,6 +73,9 @@ TEST(ValueTest, ConvertsWhatFitsAndElseGivesTheDefault) {
     EXPECT_EQ(BVariant(1e300).GetValueAsFloat(7), 7);
     EXPECT_EQ(BVariant(" +12 ").GetValueAsInteger(7), 12);
     EXPECT_EQ(BVariant("12x").GetValueAsDouble(7), 7);
+    for (char const* const text : {"nan", "INF", "-infinity", "nan(x)", "1e999"}) {
+        EXPECT_EQ(BVariant(text).GetValueAsDouble(7), 7) << text;
+    }
     EXPECT_EQ(BVariant("Yes").GetValueAsBoolean(false), true);
     BVariant unsignedValue;
     unsignedValue.SetValue(std::uint64_t{1} << 63);
@@ -98,7 +101,16 @@ TEST(ValueTest, KeepsEntriesInTheirOrder) {
     pairs.SetValue("a", 2);
     pairs.Add("b", true);
     pairs.Add("literal", "text");
-    EXPECT_EQ(TextOf(pairs), "b=true a=2 literal=text");
+    pairs.Add("wide", L"\u0416");
+    EXPECT_EQ(TextOf(pairs), "b=true a=2 literal=text wide=\u0416");
+    pairs.SetValue("wide", L"x");
+    EXPECT_EQ(pairs.GetString("wide"), BString("x"));
+    BAttributes attributes;
+    attributes.Add("wide", L"x");
+    EXPECT_EQ(attributes.GetAt(0).GetValue(), BVariant("x"));
+    attributes.GetAt(0).GetValue().SetValue(L"y");
+    EXPECT_EQ(attributes.GetAt(0).GetValue(), BVariant("y"));
+    static_assert(!std::is_constructible_v<BVariant, void const*>);
     EXPECT_TRUE(pairs.GetBoolean("b", false));
     EXPECT_EQ(pairs.GetString("a"), BString("2"));
 }

@@ -65,6 +65,18 @@ TEST_F(AllocationTest, Open) {
     });
 }
 
+TEST_F(AllocationTest, OpenFolderAndWildcard) {
+    SmallFile(5).WriteTo(folder, "other");
+    for (BString const& name : {folder.File("."), folder.File("x/../f*?e.shp")}) {
+        FailInTurn({"BException BShpReader::Open", "BException BShpFile::Open",
+                    "BException BDbfFile::Open"},
+                   [&, this] {
+                       auto const reader = std::make_shared<BShpReader>(none);
+                       return [=, this] { reader->Open(name, none); };
+                   });
+    }
+}
+
 TEST_F(AllocationTest, Read) {
     Texts const expected = {"BResourceException BShpReader::Read",
                             "BResourceException BShpFile::ReadRecord"};

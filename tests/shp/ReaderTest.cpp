@@ -81,6 +81,15 @@ TEST_F(ReaderTest, ProxyMakesReadersOfItsFormatAndKnowsWhatTheyOpen) {
     EXPECT_TRUE(proxy.CanRead(sound, BParamList()));
     EXPECT_FALSE(proxy.CanRead(missing, BParamList()));
     EXPECT_FALSE(proxy.CanRead(wildcard, BParamList())) << "which is no file";
+    WriteFile(folder.Path() / "lonely.shx", ReadFile(folder.Path() / "a.shx"));
+    for (auto const& [name, isRead] :
+         {std::pair{"a.shx", true}, {"a.dbf", true}, {"lonely.shx", false}}) {
+        BString path = folder.File(name);
+        EXPECT_EQ(proxy.CanRead(path, BParamList()), isRead) << name;
+    }
+    BShpReader reader(params);
+    reader.Open(folder.File("a.shx"), BParamList());
+    EXPECT_NO_THROW(reader.Read());
 }
 
 TEST_F(ReaderTest, ProxyNamesTemporaryCopiesAfterTheInput) {

@@ -68,6 +68,13 @@ public:
     /// A ring of many vertices keeps an index of its edges from the first call on, so that asking
     /// it again does not walk the whole ring.
     bool Contains(BPoints const& vertices) const;
+    /// Lets go of that index; the next call of Contains makes it again.
+    /// REQUIRES: no other thread is asking.
+    void DropIndex() const noexcept {
+        if (index.load(std::memory_order_relaxed)) {
+            DeleteIndex();
+        }
+    }
 
     EOrientation GetOrientation() const override;
     void SetOrientation(EOrientation orientation) override;
@@ -76,12 +83,7 @@ public:
     void Transform(BTransform const& transform, bool reverse) override;
 
 private:
-    void DropIndex() noexcept {
-        if (index.load(std::memory_order_relaxed)) {
-            DeleteIndex();
-        }
-    }
-    void DeleteIndex() noexcept;
+    void DeleteIndex() const noexcept;
     RingIndex const* Index() const;
 
     BPoints points;

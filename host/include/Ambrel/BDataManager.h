@@ -30,6 +30,7 @@ enum EReadResult : std::int32_t {
 /// | OPTION_DISK_CACHE_PAGE_SIZE | integer, 1024 | features in a page |
 ///
 /// Direct access takes precedence over the disk cache.
+/// The order of the virtual functions is part of the interface.
 class AMBREL_API BDataManager {
 public:
     BDataManager(BDataManager const&) = delete;

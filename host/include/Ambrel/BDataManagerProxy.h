@@ -5,6 +5,7 @@
 namespace Ambrel {
 
 /// A plug-in's face to the host: tells what it serves and makes readers and writers.
+/// The order of the virtual functions is part of the interface.
 class AMBREL_API BDataManagerProxy {
 public:
     BDataManagerProxy() noexcept = default;

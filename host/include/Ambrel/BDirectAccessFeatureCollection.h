@@ -7,6 +7,7 @@ namespace Ambrel {
 /// Base of collections that hold no features and answer from their source when they are asked.
 /// It bounds every index by GetCount() and hands the question to the ...Impl operations. What would
 /// change the features throws BUnsupportedCapabilityException.
+/// The order of the virtual functions is part of the interface.
 class AMBREL_API BDirectAccessFeatureCollection : public BFeatureCollection {
 public:
     BDirectAccessFeatureCollection() = default;

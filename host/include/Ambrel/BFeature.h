@@ -9,6 +9,7 @@
 namespace Ambrel {
 
 /// A geometry, which may be absent, with attribute values and metadata.
+/// The order of the virtual functions is part of the interface.
 class AMBREL_API BFeature : public BMetadataContainer, public detail::SmallObject {
 public:
     BAttributes attributes;
@@ -19,13 +20,9 @@ public:
     BFeature& operator=(BFeature const&) = default;
     ~BFeature() override;
 
-    virtual void SetGeometry(BSharedPtr<BGeometry> const& newGeometry);
+    virtual void SetGeometry(BSharedPtr<BGeometry> const& shape);
     /// The geometry; an empty holder when there is none.
     virtual BSharedPtr<BGeometry> const& GetGeometry() const;
-    /// Takes the holder over, which saves two atomic operations.
-    void SetGeometry(BSharedPtr<BGeometry>&& newGeometry) noexcept {
-        geometry = std::move(newGeometry);
-    }
 
     /// A copy with a geometry of its own.
     BSharedPtr<BFeature> Clone() const;
@@ -37,6 +34,7 @@ private:
 };
 
 /// A list of shared features.
+/// The order of the virtual functions is part of the interface.
 class AMBREL_API BFeatures {
 public:
     BFeatures() noexcept = default;

@@ -37,6 +37,7 @@ private:
 /// This base can do nothing: every operation that a kind of collection does not override throws
 /// BUnsupportedCapabilityException with the operation's name. An index that is not below GetCount()
 /// gives BIndexOutOfBoundsException ("Index=%llu, Count=%llu") from every collection of the host.
+/// The order of the virtual functions is part of the interface.
 class AMBREL_API BFeatureCollection : public BByteStreamable {
 public:
     BFeatureCollection() = default;

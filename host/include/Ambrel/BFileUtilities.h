@@ -27,7 +27,8 @@ public:
     static std::uint32_t GetSize(BString const& path);
     /// Whether there is a regular file or nothing: a folder, a pipe or a device is not written to.
     static bool MayBeWritten(BString const& path);
-    /// False when the file could not be removed.
+    /// Removes a regular file, or a link to one, of which the target stays. False for all else, and
+    /// when it could not be removed.
     static bool Delete(BString const& path);
     /// The files that a name stands for, with full paths:
     /// - a folder: its files with that extension, in any letter case, sorted by name;

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <mutex>
 
 class QFile;
 
@@ -37,6 +38,7 @@ private:
     std::uint64_t sizeAtOpen = 0;
     int openError = 0;
     std::unique_ptr<QFile> file; ///< where the system has no reads by position
+    mutable std::mutex lock;     ///< of `file`, whose position all threads share
     int descriptor = -1;
 };
 

@@ -25,11 +25,12 @@ public:
 
     /// Adds an entry. A key that is there already keeps its place and gets the new value.
     void Add(BString const& key, double value) { Set(key, BVariant(value)); }
-    void Add(BString const& key, bool value) { Set(key, BVariant(value)); }
+    template <std::same_as<bool> Bool>
+    void Add(BString const& key, Bool value) {
+        Set(key, BVariant(value));
+    }
     void Add(BString const& key, BVariant const& value) { Set(key, BVariant(value)); }
     void Add(BString const& key, BVariant&& value) { Set(key, std::move(value)); }
-    /// Text; without this, a literal would count as a boolean.
-    void Add(BString const& key, char const* value) { Set(key, BVariant(value)); }
 
     /// Sets an entry, adding it at the end if the key is not there.
     void SetValue(BString const& key, BString const& value) { Set(key, BVariant(value)); }

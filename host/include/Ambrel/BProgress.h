@@ -7,6 +7,7 @@
 namespace Ambrel {
 
 /// Watches a long operation and may end it.
+/// The order of the virtual functions is part of the interface.
 class AMBREL_API BProgress {
 public:
     BProgress() noexcept = default;

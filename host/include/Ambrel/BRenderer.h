@@ -6,6 +6,7 @@
 namespace Ambrel {
 
 /// Draws in window coordinates. The results tell whether something was drawn.
+/// The order of the virtual functions is part of the interface.
 class AMBREL_API BRenderer {
 public:
     BRenderer() noexcept = default;

@@ -3,6 +3,7 @@
 #include "Ambrel/BString.h"
 #include "Ambrel/EVariantType.h"
 
+#include <concepts>
 #include <cstdint>
 #include <cstring>
 #include <new>
@@ -25,12 +26,15 @@ public:
     BVariant(std::int64_t value) noexcept
         : type(VAR_INTEGER64), storage(Storage::Integer), integer(value) {}
     BVariant(double value) noexcept : type(VAR_DOUBLE), storage(Storage::Real), real(value) {}
-    BVariant(bool value) noexcept : type(VAR_BOOLEAN), storage(Storage::Integer), integer(value) {}
+    /// A pointer is no boolean, so that text of a kind that is not known here does not compile.
+    template <std::same_as<bool> Bool>
+    BVariant(Bool value) noexcept : type(VAR_BOOLEAN), storage(Storage::Integer), integer(value) {}
     /// Text: the first `length` characters, or all of it when `length` is 0.
     BVariant(BString const& value, int length = 0);
     BVariant(BString&& value) noexcept
         : type(VAR_STRING), storage(Storage::Text), text(std::move(value)) {}
     BVariant(char const* value);
+    BVariant(wchar_t const* value);
     /// Lists, copied from `count` elements.
     BVariant(double const* values, int count);
     explicit BVariant(std::vector<double>&& values);
@@ -56,12 +60,16 @@ public:
     void SetValue(int value) noexcept { *this = BVariant(value); }
     void SetValue(std::int64_t value) noexcept { *this = BVariant(value); }
     void SetValue(double value) noexcept { *this = BVariant(value); }
-    void SetValue(bool value) noexcept { *this = BVariant(value); }
+    template <std::same_as<bool> Bool>
+    void SetValue(Bool value) noexcept {
+        *this = BVariant(value);
+    }
     void SetValue(std::uint32_t value) noexcept;
     void SetValue(std::uint64_t value) noexcept;
     void SetValue(float value) noexcept;
     void SetValue(BString const& value) { *this = BVariant(value); }
     void SetValue(char const* value) { *this = BVariant(value); }
+    void SetValue(wchar_t const* value) { *this = BVariant(value); }
     void SetValue(BString&& value) noexcept { *this = BVariant(std::move(value)); }
     /// 8-bit text of `length` bytes, or up to its NUL when `length` is 0.
     void SetValue(char const* value, std::uint64_t length);

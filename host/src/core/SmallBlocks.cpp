@@ -8,14 +8,13 @@
 #include <utility>
 
 // Under a sanitizer that watches memory, blocks come from the general allocator, so that it sees
-// misuse.
+// misuse. ThreadSanitizer is to see how blocks pass between threads.
 #if defined(__has_feature)
-#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer) ||                         \
-    __has_feature(memory_sanitizer)
+#if __has_feature(address_sanitizer) || __has_feature(memory_sanitizer)
 #define AMBREL_PLAIN_BLOCKS
 #endif
 #endif
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#if defined(__SANITIZE_ADDRESS__)
 #define AMBREL_PLAIN_BLOCKS
 #endif
 
@@ -45,8 +44,8 @@ namespace {
 constexpr std::size_t granule = 8;
 /// Larger blocks, long arrays of vertices above all, come from the general allocator, which lays
 /// those of one feature side by side.
-constexpr std::size_t largestBlock = 256;
-constexpr std::size_t sizeCount = largestBlock / granule + 1;
+constexpr std::size_t maxBlockSize = 256;
+constexpr std::size_t sizeCount = maxBlockSize / granule + 1;
 /// A size takes its blocks from the common memory in runs of so many bytes.
 constexpr std::size_t runSize = std::size_t{32} * 1024;
 /// The common memory grows by so many bytes.
@@ -137,7 +136,7 @@ private:
             static_cast<char*>(::operator new (chunkSize, std::align_val_t{chunkSize}));
         *reinterpret_cast<char**>(chunk) = chunks;
         chunks = chunk;
-        next = chunk + granule;
+        next = chunk + 2 * granule;
         end = chunk + chunkSize;
     }
 
@@ -222,7 +221,7 @@ Cell* TakeFromShared(OwnBlocks& own, std::size_t index) {
 } // namespace
 
 void* TakeBlock(std::size_t size) {
-    if (size > largestBlock) {
+    if (size > maxBlockSize) {
         return ::operator new(size);
     }
     std::size_t const index = SizeIndex(size);
@@ -242,7 +241,7 @@ void GiveBlock(void* block, std::size_t size) noexcept {
     if (!block) {
         return;
     }
-    if (size > largestBlock) {
+    if (size > maxBlockSize) {
         ::operator delete(block);
         return;
     }

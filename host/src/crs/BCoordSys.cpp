@@ -4,22 +4,19 @@
 #include "Ambrel/BFileUtilities.h"
 #include "Ambrel/BLogger.h"
 #include "crs/CrsText.h"
+#include "crs/ProjContext.h"
 
 #include <QFile>
 
 #include <charconv>
 #include <cmath>
 #include <mutex>
-#include <proj.h>
 #include <string>
 
 namespace Ambrel {
 
 namespace {
 
-struct FreeContext {
-    void operator()(PJ_CONTEXT* context) const noexcept { proj_context_destroy(context); }
-};
 struct FreeObject {
     void operator()(PJ* object) const noexcept { proj_destroy(object); }
 };
@@ -29,22 +26,7 @@ struct FreeList {
 struct FreeIntegers {
     void operator()(int* integers) const noexcept { proj_int_list_destroy(integers); }
 };
-using Context = std::unique_ptr<PJ_CONTEXT, FreeContext>;
 using Object = std::unique_ptr<PJ, FreeObject>;
-
-/// A context of its own for every object: one is used by one thread at a time. It neither logs nor
-/// reaches for the network.
-Context MakeContext() {
-    Context context(proj_context_create());
-    if (!context) {
-        throw std::bad_alloc();
-    }
-    proj_log_level(context.get(), PJ_LOG_NONE);
-    // A missing database is complained of whatever the level is.
-    proj_log_func(context.get(), nullptr, [](void*, int, char const*) {});
-    proj_context_set_enable_network(context.get(), 0);
-    return context;
-}
 
 /// Larger files are no coordinate systems.
 constexpr qint64 maxFileSize = qint64{1} << 20;
@@ -143,7 +125,7 @@ std::string Identify(PJ_CONTEXT* context, PJ const* crs) {
 /// The transformation has a context and objects of its own, and one thread at a time uses them.
 class ProjTransform final : public BTransform {
 public:
-    ProjTransform(Context&& ownContext, Object&& ownOperation) noexcept
+    ProjTransform(ProjContext&& ownContext, Object&& ownOperation) noexcept
         : context(std::move(ownContext)), operation(std::move(ownOperation)) {}
 
     void Forward(BPoint& point) const override { Map(PJ_FWD, point); }
@@ -171,7 +153,7 @@ private:
                                          point.X, point.Y, reason));
     }
 
-    Context context;
+    ProjContext context;
     Object operation;
     mutable std::mutex lock;
 };
@@ -180,11 +162,11 @@ private:
 
 struct BCoordSys::Definition {
     std::mutex lock; ///< PROJ's objects are used by one thread at a time
-    Context context;
+    ProjContext context;
     Object crs;
     std::optional<BString> identifier; ///< where it has been looked for
 
-    Definition(Object&& parsed, Context&& ownContext) noexcept
+    Definition(Object&& parsed, ProjContext&& ownContext) noexcept
         : context(std::move(ownContext)), crs(std::move(parsed)) {}
 
     /// A copy that another context owns.
@@ -260,7 +242,7 @@ BCoordSys* BCoordSys::FromFile(BString const& path) {
     }
     QByteArray const bytes = file.read(maxFileSize + 1);
     BString const text(bytes.constData(), static_cast<std::size_t>(bytes.size()));
-    Context context = MakeContext();
+    ProjContext context = MakeProjContext();
     Object crs = bytes.size() > maxFileSize
                      ? Object()
                      : Parse(context.get(), text.Utf8(), ETextOrigin::FILE, path);
@@ -271,7 +253,7 @@ BCoordSys* BCoordSys::FromFile(BString const& path) {
 }
 
 BCoordSys* BCoordSys::FromText(BString const& text) {
-    Context context = MakeContext();
+    ProjContext context = MakeProjContext();
     Object crs = Parse(context.get(), text.Utf8(), ETextOrigin::USER, text);
     if (!crs) {
         throw BFileContentNotValidException("BCoordSys::FromText", text);
@@ -301,7 +283,7 @@ std::unique_ptr<BTransform> BCoordSys::MakeTransformToWgs84() const {
 }
 
 std::unique_ptr<BTransform> BCoordSys::MakeTransformTo(BCoordSys const& target) const {
-    Context context = MakeContext();
+    ProjContext context = MakeProjContext();
     Object const from = definition->Copy(context.get());
     Object const to = target.definition->Copy(context.get());
     Object const found(from && to ? proj_create_crs_to_crs_from_pj(context.get(), from.get(),

@@ -4,8 +4,8 @@ namespace Ambrel {
 
 BFeature::~BFeature() = default;
 
-void BFeature::SetGeometry(BSharedPtr<BGeometry> const& newGeometry) {
-    geometry = newGeometry;
+void BFeature::SetGeometry(BSharedPtr<BGeometry> const& shape) {
+    geometry = shape;
 }
 
 BSharedPtr<BGeometry> const& BFeature::GetGeometry() const {

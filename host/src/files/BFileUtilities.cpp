@@ -5,11 +5,16 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QRegularExpression>
 #include <QTextCodec>
+#include <QVector>
 
 #include <algorithm>
-#include <filesystem>
+#include <iterator>
+#include <memory>
+
+#if defined(Q_OS_UNIX) && !defined(AMBREL_PORTABLE_FILES)
+#include <dirent.h>
+#endif
 
 namespace Ambrel {
 
@@ -32,11 +37,16 @@ QString AbsolutePath(QString const& path) {
     return isAbsolute ? path : QDir::currentPath() + QLatin1Char('/') + path;
 }
 
+/// Where the last ".." of the path ends; 0 when it has none.
+int EndOfLastUp(QString const& path) {
+    QString const ended = path + QLatin1Char('/');
+    int const start = ended.lastIndexOf(QLatin1String("/../"));
+    return start < 0 ? 0 : start + 3;
+}
+
 /// Where the path leads up from a link, it leads to what is above the link's target.
 QString FollowUpwards(QString const& path) {
-    static QRegularExpression const upToLastUp(QStringLiteral("^.*/\\.\\.(?=/|$)"),
-                                               QRegularExpression::DotMatchesEverythingOption);
-    int const size = upToLastUp.match(path).capturedLength();
+    int const size = EndOfLastUp(path);
     QString const followed = QFileInfo(path.left(size)).canonicalFilePath();
     return followed.isEmpty() ? path : followed + path.mid(size);
 }
@@ -66,8 +76,8 @@ QString WithExistingExtension(QString const& stem, QString const& extension) {
         return stem + extension;
     }
     // Extensions have three letters; asking for each spelling is cheaper than listing the folder.
-    constexpr int mostLetters = 6;
-    int const letters = std::min(extension.size() - 1, mostLetters);
+    constexpr int maxLetters = 6;
+    int const letters = std::min(extension.size() - 1, maxLetters);
     for (int spelling = 0; spelling < (1 << std::max(letters, 0)); ++spelling) {
         QString candidate = extension.toUpper();
         for (int i = 0; i < letters; ++i) {
@@ -86,54 +96,87 @@ bool HasWildcard(QString const& name) {
     return name.contains(QLatin1Char('*')) || name.contains(QLatin1Char('?'));
 }
 
-/// Matches whole names; `*` stands for any text and `?` for one character, all else for itself.
-QRegularExpression WildcardPattern(QString const& wildcard) {
-    QString pattern = QRegularExpression::escape(wildcard);
-    pattern.replace(QStringLiteral("\\*"), QStringLiteral(".*"));
-    pattern.replace(QStringLiteral("\\?"), QStringLiteral("."));
-    return QRegularExpression(QRegularExpression::anchoredPattern(pattern),
-                              QRegularExpression::CaseInsensitiveOption |
-                                  QRegularExpression::DotMatchesEverythingOption);
-}
-
-/// Logs which files match and can not be opened: their names are not in the encoding of file names,
-/// and QDir does not list them.
-template <class Matches>
-void WarnOfLostNames(QString const& folder, Matches&& matches) {
-    std::error_code error; // what can not be listed has no files
-    std::filesystem::path const path(QFile::encodeName(folder).toStdString());
-    for (std::filesystem::directory_iterator file(path, error), end; !error && file != end;
-         file.increment(error)) {
-        QByteArray const bytes = QByteArray::fromStdString(file->path().filename().string());
-        QString const name = QFile::decodeName(bytes);
-        std::error_code unknown; // a file that has gone meanwhile is none
-        if (QFile::encodeName(name) != bytes && matches(name) && file->is_regular_file(unknown)) {
-            BLogger::Instance()->WriteLine(
-                LOG_WARNING, "BFileUtilities: %s is left out: its name is not %s.",
-                BString::FromQString(QDir(folder).filePath(name)).Ascii(),
-                QTextCodec::codecForLocale()->name().constData());
+/// Whether the whole name matches: `*` stands for any text and `?` for one character, all else for
+/// itself in either letter case.
+bool MatchesWildcard(QVector<uint> const& name, QVector<uint> const& wildcard) {
+    int at = 0;
+    int lastStar = -1; // in the wildcard, and where the name goes on behind what it stands for
+    int afterStar = 0;
+    for (int i = 0; i < name.size();) {
+        uint const wanted = at < wildcard.size() ? wildcard[at] : 0;
+        if (wanted == '*') {
+            lastStar = at++;
+            afterStar = i;
+        } else if (wanted == '?' || QChar::toCaseFolded(wanted) == QChar::toCaseFolded(name[i])) {
+            ++at;
+            ++i;
+        } else if (lastStar >= 0) {
+            at = lastStar + 1;
+            i = ++afterStar;
+        } else {
+            return false;
         }
     }
+    return std::all_of(wildcard.begin() + at, wildcard.end(), [](uint c) { return c == '*'; });
 }
 
-/// The regular files of the folder that match, sorted by name.
+#if defined(Q_OS_UNIX) && !defined(AMBREL_PORTABLE_FILES)
+/// The names in the folder as the system has them; none when it cannot be listed. Neither
+/// std::filesystem nor QDir will do: the first ends the process where memory runs out, the second
+/// hides names that are not in the encoding of file names.
+std::vector<QByteArray> RawNamesIn(QString const& folder) {
+    std::vector<QByteArray> names;
+    std::unique_ptr<DIR, int (*)(DIR*)> const open(opendir(QFile::encodeName(folder).constData()),
+                                                   closedir);
+    while (dirent const* const entry = open ? readdir(open.get()) : nullptr) {
+        names.emplace_back(entry->d_name);
+    }
+    return names;
+}
+#else
+std::vector<QByteArray> RawNamesIn(QString const& folder) {
+    std::vector<QByteArray> names;
+    for (QString const& name : QDir(folder).entryList(QDir::Files | QDir::Hidden)) {
+        names.push_back(QFile::encodeName(name));
+    }
+    return names;
+}
+#endif
+
+/// Logs a file whose name is not in the encoding of file names, so that it cannot be opened.
+void WarnOfLostName(QString const& path) {
+    BLogger::Instance()->WriteLine(
+        LOG_WARNING, "BFileUtilities: %s is left out: its name is not %s.",
+        BString::FromQString(path).Ascii(), QTextCodec::codecForLocale()->name().constData());
+}
+
+/// The regular files of the folder that match, sorted by name. What comes or goes meanwhile may be
+/// among them or not.
 std::vector<BString> FilesIn(QString const& folder, QString const& wildcard,
                              QString const& extension) {
-    QRegularExpression const pattern = WildcardPattern(wildcard);
-    auto const matches = [&](QString const& name) {
-        return name.endsWith(extension, Qt::CaseInsensitive) && pattern.match(name).hasMatch();
-    };
+    QVector<uint> const pattern = wildcard.toUcs4();
     // As in a shell: what is hidden, such as the "._roads.shp" of some systems, is not meant.
-    QDir::Filters const filters =
-        wildcard.startsWith(QLatin1Char('.')) ? QDir::Files | QDir::Hidden : QDir::Files;
-    std::vector<BString> paths;
-    for (QFileInfo const& file : QDir(folder).entryInfoList(filters, QDir::Name)) {
-        if (file.isFile() && matches(file.fileName())) {
-            paths.push_back(BString::FromQString(QDir::cleanPath(file.absoluteFilePath())));
+    bool const takesHidden = wildcard.startsWith(QLatin1Char('.'));
+    std::vector<QString> paths;
+    for (QByteArray const& raw : RawNamesIn(folder)) {
+        QString const name = QFile::decodeName(raw);
+        if ((name.startsWith(QLatin1Char('.')) && !takesHidden) ||
+            !name.endsWith(extension, Qt::CaseInsensitive) ||
+            !MatchesWildcard(name.toUcs4(), pattern)) {
+            continue;
+        }
+        QString const path = QDir::cleanPath(folder + QLatin1Char('/') + name);
+        if (QFile::encodeName(name) != raw) {
+            WarnOfLostName(path);
+        } else if (IsFile(path)) {
+            paths.push_back(path);
         }
     }
-    WarnOfLostNames(folder, matches);
-    return paths;
+    std::sort(paths.begin(), paths.end());
+    std::vector<BString> sorted;
+    sorted.reserve(paths.size());
+    std::transform(paths.begin(), paths.end(), std::back_inserter(sorted), BString::FromQString);
+    return sorted;
 }
 
 /// The file itself, or the one with the extension added where the name stands for that.
@@ -194,7 +237,7 @@ bool BFileUtilities::MayBeWritten(BString const& path) {
 }
 
 bool BFileUtilities::Delete(BString const& path) {
-    return QFile::remove(AbsolutePath(MakeQString(path)));
+    return Exists(path) && QFile::remove(AbsolutePath(MakeQString(path)));
 }
 
 std::vector<BString> BFileUtilities::ListFiles(BString const& name, BString const& extension) {

@@ -110,10 +110,13 @@ bool BInputFile::IsOpen() const noexcept {
 }
 
 std::uint64_t BInputFile::GetSize() const {
+    std::lock_guard<std::mutex> const guard(lock);
     return file->isOpen() ? static_cast<std::uint64_t>(file->size()) : 0;
 }
 
 std::size_t BInputFile::Read(std::int64_t position, void* destination, std::size_t count) const {
+    // Seeking and reading belong together, whichever thread does them.
+    std::lock_guard<std::mutex> const guard(lock);
     if (position < 0 || (file->pos() != position && !file->seek(position))) {
         return 0;
     }

@@ -142,7 +142,7 @@ RingIndex const* BPolygon::Index() const {
     }
 }
 
-void BPolygon::DeleteIndex() noexcept {
+void BPolygon::DeleteIndex() const noexcept {
     delete index.exchange(nullptr, std::memory_order_acq_rel);
 }
 

@@ -50,7 +50,9 @@ BString PrintReal(T value) {
 } // namespace
 
 std::optional<double> ToReal(std::string_view text) noexcept {
-    return Parse<double>(text);
+    // The names of infinity and NaN are text, and no numbers.
+    std::optional<double> const value = Parse<double>(text);
+    return value && std::isfinite(*value) ? value : std::nullopt;
 }
 std::optional<std::int64_t> ToSigned(std::string_view text) noexcept {
     return Parse<std::int64_t>(text);

@@ -71,6 +71,7 @@ BVariant::BVariant(BString const& value, int length)
     : BVariant(length > 0 ? value.Left(static_cast<std::uint64_t>(length)) : BString(value)) {}
 
 BVariant::BVariant(char const* value) : BVariant(BString(value)) {}
+BVariant::BVariant(wchar_t const* value) : BVariant(BString(value)) {}
 
 BVariant::BVariant(double const* values, int count)
     : type(VAR_DOUBLE_LIST), storage(Storage::Doubles),

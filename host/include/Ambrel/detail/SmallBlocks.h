@@ -3,6 +3,7 @@
 #include "Ambrel/Config.h"
 
 #include <cstddef>
+#include <new>
 
 namespace Ambrel::detail {
 
@@ -12,7 +13,7 @@ namespace Ambrel::detail {
 /// layer.
 ///
 /// May be called from any thread, and a block may be given back by another one than took it. Blocks
-/// are aligned to 8 bytes. May throw std::bad_alloc.
+/// are aligned to 8 bytes, those of a multiple of 16 bytes to 16. May throw std::bad_alloc.
 AMBREL_API void* TakeBlock(std::size_t size);
 /// REQUIRES: `size` is what the block was taken with. A null block is nothing.
 AMBREL_API void GiveBlock(void* block, std::size_t size) noexcept;
@@ -24,6 +25,14 @@ public:
     static void* operator new(std::size_t size) { return TakeBlock(size); }
     static void operator delete(void* object, std::size_t size) noexcept {
         GiveBlock(object, size);
+    }
+    /// Of derived classes that need more than 16 bytes.
+    static void* operator new(std::size_t size, std::align_val_t alignment) {
+        return ::operator new(size, alignment);
+    }
+    static void operator delete(void* object, std::size_t size,
+                                std::align_val_t alignment) noexcept {
+        ::operator delete(object, size, alignment);
     }
 
 protected:
