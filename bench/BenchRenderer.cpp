@@ -1,11 +1,9 @@
 #include "BenchRenderer.h"
 
-#include "drawing/MapStyle.h"
-#include "drawing/MapWindow.h"
-#include "drawing/PainterRenderer.h"
-
-#include <QImage>
-#include <QPainter>
+#include "drawing/MapRenderer.h"
+#include "drawing/RasterCanvas.h"
+#include "formats/OutputFile.h"
+#include "terminal/Console.h"
 
 namespace Ambrel::Bench {
 
@@ -15,11 +13,8 @@ namespace {
 class ImageRenderer final : public BRenderer {
 public:
     ImageRenderer(int width, int height, BRect const& area, EGeometryClass geometryClass)
-        : image(width, height, QImage::Format_ARGB32_Premultiplied), painter(&image),
-          window(area, width, height, 0, area),
-          renderer(painter, &image, window, Tool::DefaultStyle(geometryClass)) {
-        image.fill(Qt::white);
-    }
+        : canvas(output, width, height), window(area, width, height, 0, area),
+          renderer(&canvas, window, Tool::DefaultStyle(geometryClass)) {}
 
     bool ConvertMapToWindow(double& x, double& y) const override {
         return renderer.ConvertMapToWindow(x, y);
@@ -40,10 +35,12 @@ public:
     }
 
 private:
-    QImage image;
-    QPainter painter;
+    Tool::StringSink nobody;
+    Tool::Console console{.out = nobody, .err = nobody};
+    Tool::OutputFile output{console, "-"}; // nothing is written
+    Tool::RasterCanvas canvas;
     Tool::MapWindow window;
-    Tool::PainterRenderer renderer;
+    Tool::MapRenderer renderer;
 };
 
 class BlindRenderer final : public BRenderer {

@@ -1,6 +1,11 @@
 #include "ToolRun.h"
 
+#include "terminal/Interrupt.h"
+
 #include <QImage>
+
+#include <chrono>
+#include <cmath>
 
 namespace Ambrel::Test {
 namespace {
@@ -84,6 +89,23 @@ TEST_F(Draw, PaintsRecordsWhereTheyLieAndInTheirStyle) {
           {90, 119, red},
           {100, 70, white}}},
         {ShapefileBuilder(1).Point(123, 50), inPixels + "color=red,width=10", {{119, 70, red}}},
+        // What is not a number is no vertex, and nothing joins its neighbours.
+        {ShapefileBuilder(3).Polyline(
+             {{{10, 50}, {40, 50}, {std::nan(""), 50}, {80, 50}, {110, 50}}}),
+         inPixels + "color=blue,width=2",
+         {{25, 70, blue}, {60, 70, white}, {95, 70, blue}, {2, 70, white}}},
+        // An area that leaves the picture is filled up to its edge, without an outline there; even
+        // where it surrounds the picture.
+        {ShapefileBuilder(5).Polygon({Square(-1e9, 1e9), Square(40, 1e9)}),
+         inPixels + "fill=red,color=blue,width=2",
+         {{0, 119, red}, {20, 119, red}, {119, 0, white}, {100, 0, white}, {40, 60, blue}}},
+        // Wide lines have round joins, and cover what they cross but once.
+        {ShapefileBuilder(3).Polyline({{{20, 20}, {100, 20}, {100, 100}, {60, -10}}}),
+         inPixels + "color=#80ff0000,width=20",
+         {{60, 100, 0xFFFF7F7F},
+          {100, 100, 0xFFFF7F7F},
+          {105, 105, 0xFFFF7F7F},
+          {109, 109, white}}},
         {ShapefileBuilder(1).Point(50, 50), inPixels + "color=none", {{50, 70, white}}},
     };
     for (auto const& [builder, options, probes] : cases) {
@@ -114,11 +136,87 @@ TEST_F(Draw, WritesVectorFormats) {
     }
 }
 
-TEST_F(Draw, HasNothingToDraw) {
+TEST_F(Draw, GoesByTheDataWhereTheHeaderIsWrong) {
+    auto const corners = ShapefileBuilder(8).MultiPoint({{0, 0}, {100, 100}});
+    Probes const probes = {{10, 110, red}, {110, 10, red}, {60, 60, white}};
+    for (auto const& [from, to] : {std::pair{0.0, 0.0}, {-900.0, 900.0}, {40.0, 60.0}}) {
+        Write(ShapefileBuilder(corners).Extent(from, from, to, to));
+        ExpectPicture("map.shp --style color=red,width=8", probes);
+    }
+}
+
+TEST_F(Draw, TellsWhatItLeavesOut) {
+    Write(ShapefileBuilder(1)
+              .Null()
+              .Point(0, 0)
+              .Raw(ByteList().Little32(31))
+              .Point(9, 9)
+              .Raw(ByteList().Little32(31)));
+    std::string const reason =
+        " is left out: BUnknownGeometryException: BShpFile::Read: Record type=31 (map.shp)\n";
+    ToolRun const run = RunTool("draw map.shp -o map.png --size 120x120 --style color=red,width=8");
+    EXPECT_EQ(run,
+              (ToolRun{1, "", "ambrel-shp: record 2" + reason + "ambrel-shp: record 4" + reason}));
+    EXPECT_EQ(QImage("map.png").pixel(110, 10), red);
+    EXPECT_EQ(QImage("map.png").pixel(10, 110), red);
+}
+
+TEST_F(Draw, SaysThatThePictureIsEmpty) {
+    ToolRun const nothing = Failed(1, "nothing of the data lies in the picture");
     Write(ShapefileBuilder(1));
-    EXPECT_EQ(RunTool("draw map.shp -o map.png"),
-              Failed(1, "BDataManagerException: draw: nothing to draw; see --bbox"));
-    EXPECT_FALSE(std::filesystem::exists("map.png"));
+    EXPECT_EQ(RunTool("draw map.shp -o none.png"), nothing);
+    Write(ShapefileBuilder(5).Polygon({Square(0, 10)}));
+    EXPECT_EQ(RunTool("draw map.shp -o beside.png --bbox 20,20,30,30"), nothing);
+    for (char const* const picture : {"none.png", "beside.png"}) {
+        EXPECT_EQ(QImage(picture).pixel(800, 600), white);
+    }
+}
+
+/// A polygon whose edges all cross the picture.
+Vertices Comb(int teeth) {
+    Vertices comb;
+    for (int i = 0; i < teeth; ++i) {
+        comb.push_back({i * 100.0 / teeth, 0});
+        comb.push_back({(i + 0.5) * 100.0 / teeth, 75});
+    }
+    comb.push_back(comb.front());
+    return comb;
+}
+
+TEST_F(Draw, CostsWhatTheEdgesCross) {
+    Write(ShapefileBuilder(5).Polygon({Comb(2000)}));
+    auto const start = std::chrono::steady_clock::now();
+    EXPECT_EQ(RunTool("draw map.shp -o map.png"), Printed(""));
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
+}
+
+TEST_F(Draw, DrawsNoMoreThanTheFileAccountsFor) {
+    ShapefileBuilder builder(5);
+    builder.Polygon({Comb(2000)}); // 64 KiB, of which 1 MiB may be drawn
+    for (int i = 1; i < 30; ++i) {
+        builder.IndexEntry(50, static_cast<std::uint32_t>(builder.PlaceOf(0).second / 2 - 4));
+    }
+    Write(builder);
+    ToolRun const run = RunTool("draw map.shp -o map.png --size 120x120");
+    std::string expected;
+    for (int record = 16; record < 26; ++record) {
+        expected += "ambrel-shp: record " + std::to_string(record) +
+                    " is left out: more than the file accounts for (map.shp)\n";
+    }
+    EXPECT_EQ(
+        run,
+        (ToolRun{1, "", expected + "ambrel-shp: … and 4 more records are left out (map.shp)\n"}));
+}
+
+TEST_F(Draw, LeavesNothingBehindWhenStopped) {
+    Write(ShapefileBuilder(5).Polygon({Comb(2000)}));
+    for (char const* const name : {"map.png", "map.svg", "map.pdf"}) {
+        Tool::SetInterrupted(true);
+        EXPECT_EQ(RunTool("draw map.shp -o " + std::string(name)).exitCode, 130);
+        Tool::SetInterrupted(false);
+    }
+    std::filesystem::directory_iterator const files(".");
+    EXPECT_EQ(std::distance(begin(files), end(files)), 3) << "the shapefile's";
 }
 
 } // namespace

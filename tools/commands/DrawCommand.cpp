@@ -1,23 +1,24 @@
 #include "commands/DrawCommand.h"
+
 #include "commands/ForEachFile.h"
-#include "drawing/PainterRenderer.h"
-#include "drawing/Picture.h"
+#include "drawing/LayerDrawing.h"
+#include "drawing/MapRenderer.h"
+#include "drawing/RasterCanvas.h"
 #include "formats/OutputFile.h"
 #include "source/Log.h"
 #include "terminal/Console.h"
-#include "terminal/ProgressBar.h"
 
 #include "Ambrel/BException.h"
 
 #include <algorithm>
 #include <cmath>
+#include <numeric>
 
 namespace Ambrel::Tool {
 
 namespace {
 
-constexpr double margin = 10.0;             ///< around the map, in pixels
-constexpr std::size_t recordsAtOnce = 4096; ///< between two looks at the user
+constexpr double margin = 10.0; ///< around the map, in pixels
 
 /// What is known of a layer before it is drawn. The layers are opened one after the other: a folder
 /// may have more of them than a process may have open files.
@@ -25,7 +26,7 @@ struct Drawn {
     BString file;
     std::string name;
     EGeometryClass geometryClass;
-    BRect extent;         ///< empty where the layer has none
+    BRect stated;         ///< the header's extent; empty where it has none
     std::size_t path = 0; ///< which of those that were named it comes from
 };
 using Layers = std::vector<Drawn>;
@@ -80,20 +81,12 @@ Layers LookAtLayers(Console& console, InputPaths const& paths, int& failed) {
     return layers;
 }
 
-BRect ExtentOf(Layers const& layers) {
+BRect StatedExtent(Layers const& layers) {
     BRect extent;
     for (Drawn const& layer : layers) {
-        extent.Union(layer.extent);
+        extent.Union(layer.stated);
     }
     return extent;
-}
-
-BRect WhatToShow(DrawOptions const& options, BRect const& extent) {
-    if (!options.window && extent.IsEmpty()) {
-        throw BDataManagerException(BString::FromUtf8("draw"),
-                                    BString::FromUtf8("nothing to draw; see --bbox"));
-    }
-    return options.window ? *options.window : extent;
 }
 
 LayerStyle StyleOf(Drawn const& layer, std::vector<StyleRule> const& rules) {
@@ -116,48 +109,115 @@ void RefuseUnknownLayers(std::vector<StyleRule> const& rules, Layers const& laye
     }
 }
 
-void DrawLayer(Console& console, BVectorLayer& layer, PainterRenderer const& renderer,
-               BRect const& area) {
-    std::vector<std::uint64_t> records;
-    layer.GetFeatures().SelectFeatures(area, BParamList(), records);
-    ProgressBar progress(console, std::string(layer.name.Utf8()));
-    for (std::size_t first = 0; first < records.size(); first += recordsAtOnce) {
-        progress.Step(first, records.size());
-        auto const begin = records.begin() + static_cast<std::ptrdiff_t>(first);
-        auto const end =
-            begin + static_cast<std::ptrdiff_t>(std::min(recordsAtOnce, records.size() - first));
-        layer.GetFeatures().RenderFeatures({begin, end}, &renderer);
+/// One map of all layers: where it is decided what it shows.
+class Map {
+public:
+    Map(Console& toolConsole, DrawOptions const& drawOptions, Layers const& allLayers)
+        : console(toolConsole), options(drawOptions), layers(allLayers) {}
+
+    /// A header may state an extent that is not the data's. So a picture of everything goes by the
+    /// data: what is painted by the headers' word, which is right nearly always, is painted again
+    /// where it was not.
+    void Paint(Canvas& canvas, RasterCanvas* restartable) {
+        BRect const stated = StatedExtent(layers);
+        if (options.window) {
+            PaintLayers(&canvas,
+                        MapWindow(*options.window, options.width, options.height, 0.0, stated));
+            return;
+        }
+        bool const canTry = restartable && !stated.IsEmpty();
+        MapWindow const guessed = WindowOf(stated);
+        PaintLayers(canTry ? &canvas : nullptr, guessed);
+        MapWindow const window = WindowOf(extent);
+        if (canTry && (extent.IsEmpty() || window.IsLike(guessed))) {
+            return;
+        }
+        if (canTry) {
+            restartable->Clear();
+        }
+        reports = false;
+        PaintLayers(&canvas, window);
     }
-}
+
+    bool HasPainted() const noexcept { return hasPainted; }
+    bool HasFailed() const noexcept { return hasFailed; }
+
+private:
+    MapWindow WindowOf(BRect const& map) const {
+        BRect const shown = map.IsEmpty() ? BRect(0.0, 0.0, 1.0, 1.0) : map;
+        return MapWindow(shown, options.width, options.height, margin, map);
+    }
+
+    void PaintLayers(Canvas* canvas, MapWindow const& window) {
+        extent = BRect();
+        hasPainted = false;
+        for (Drawn const& layer : layers) {
+            bool const isDone =
+                Survives(console, layer.file.Utf8(), [&] { PaintLayer(canvas, window, layer); });
+            hasFailed = hasFailed || !isDone;
+        }
+    }
+
+    void PaintLayer(Canvas* canvas, MapWindow const& window, Drawn const& layer) {
+        LayerStyle const style = StyleOf(layer, options.styles);
+        std::unique_ptr<Source> const source = OpenAgain(console, layer.file);
+        MapRenderer renderer(canvas, window, style);
+        renderer.SetBudget(DecodingBudget(layer.file));
+        std::optional<Silence> silence;
+        if (!reports) {
+            silence.emplace();
+        }
+        std::uint64_t const leftOut =
+            DrawRecords(console, layer.file, source->Layer(),
+                        RecordsToDraw(source->Layer(), window, style), renderer, reports);
+        hasFailed = hasFailed || leftOut > 0;
+        hasPainted = hasPainted || renderer.HasPainted();
+        extent.Union(renderer.Extent());
+    }
+
+    std::vector<std::uint64_t> RecordsToDraw(BVectorLayer& layer, MapWindow const& window,
+                                             LayerStyle const& style) const {
+        std::vector<std::uint64_t> records;
+        if (options.window) {
+            layer.GetFeatures().SelectFeatures(window.VisibleMap(style.width), BParamList(),
+                                               records);
+        } else {
+            records.resize(layer.GetFeatures().GetCount());
+            std::iota(records.begin(), records.end(), std::uint64_t{0});
+        }
+        return records;
+    }
+
+    Console& console;
+    DrawOptions const& options;
+    Layers const& layers;
+    BRect extent; ///< of the data that was painted last
+    bool reports = true;
+    bool hasPainted = false;
+    bool hasFailed = false;
+};
 
 } // namespace
 
 int RunDraw(Console& console, DrawOptions const& options) {
-    std::unique_ptr<Picture> const picture =
-        Picture::Make(options.output, options.width, options.height);
+    PictureFormat const format = PictureFormatOf(options.output);
     int failed = 0;
     Layers const layers = LookAtLayers(console, options.paths, failed);
     if (layers.empty()) {
         return EXIT_PROBLEM;
     }
     RefuseUnknownLayers(options.styles, layers);
-    BRect const extent = ExtentOf(layers);
-    MapWindow const window(WhatToShow(options, extent), options.width, options.height,
-                           options.window ? 0.0 : margin, extent);
     OutputFile output(console, options.output);
-    QPainter painter(&picture->Device());
-    for (Drawn const& layer : layers) {
-        LayerStyle const style = StyleOf(layer, options.styles);
-        PainterRenderer const renderer(painter, picture->Image(), window, style);
-        failed += !Survives(console, layer.file.Utf8(), [&] {
-            std::unique_ptr<Source> const source = OpenAgain(console, layer.file);
-            DrawLayer(console, source->Layer(), renderer, window.VisibleMap(style.width));
-        });
-    }
-    painter.end();
-    picture->WriteTo(output);
+    std::unique_ptr<Canvas> const canvas =
+        MakeCanvas(format, output, options.width, options.height);
+    Map map(console, options, layers);
+    map.Paint(*canvas, dynamic_cast<RasterCanvas*>(canvas.get()));
+    canvas->Finish();
     output.Commit();
-    return failed > 0 ? EXIT_PROBLEM : EXIT_OK;
+    if (!map.HasPainted()) {
+        PrintError(console, "nothing of the data lies in the picture", {});
+    }
+    return failed > 0 || map.HasFailed() || !map.HasPainted() ? EXIT_PROBLEM : EXIT_OK;
 }
 
 } // namespace Ambrel::Tool

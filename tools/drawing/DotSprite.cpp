@@ -1,5 +1,7 @@
 #include "drawing/DotSprite.h"
 
+#include "drawing/Blending.h"
+
 #include <QPainter>
 
 #include <algorithm>
@@ -8,24 +10,6 @@
 namespace Ambrel::Tool {
 
 namespace {
-
-/// All four bytes of a pixel times `factor` / 255, rounded.
-std::uint32_t Scale(std::uint32_t pixel, std::uint32_t factor) {
-    auto const twoBytes = [=](std::uint32_t bytes) {
-        std::uint32_t const product = bytes * factor;
-        return (product + ((product >> 8) & 0xFF00FF) + 0x800080) >> 8 & 0xFF00FF;
-    };
-    return twoBytes(pixel & 0xFF00FF) | twoBytes(pixel >> 8 & 0xFF00FF) << 8;
-}
-
-void PutOver(std::uint32_t top, std::uint32_t& pixel) {
-    std::uint32_t const opacity = top >> 24;
-    if (opacity == 255) { // most of a dot, and all that most of its pixels cost
-        pixel = top;
-    } else if (opacity > 0) {
-        pixel = top + Scale(pixel, 255 - opacity);
-    }
-}
 
 std::vector<std::uint32_t> DrawDot(QColor const& color, double diameter, int side, double x,
                                    double y) {

@@ -55,6 +55,15 @@ void ParseSetting(std::string_view whole, std::string_view setting, StyleRule& r
 
 } // namespace
 
+bool HasStroke(LayerStyle const& style) {
+    return style.color.isValid() && style.width > 0.0;
+}
+
+bool IsThin(LayerStyle const& style) {
+    constexpr double thinWidth = 2.0; // pixels
+    return style.width <= thinWidth;
+}
+
 LayerStyle DefaultStyle(EGeometryClass geometryClass) {
     switch (geometryClass) {
     case GEO_CLASS_AREAS: return {QColor("#8a8474"), QColor("#ede6d3"), 0.7};

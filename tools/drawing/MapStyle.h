@@ -17,6 +17,11 @@ struct LayerStyle {
     double width = 1.0; ///< of lines and outlines, and the diameter of points, in pixels
 };
 
+/// Whether lines, outlines and dots are seen.
+bool HasStroke(LayerStyle const& style);
+/// Whether lines are too thin to show their joins and ends; those of others are round.
+bool IsThin(LayerStyle const& style);
+
 /// What the user wants of one layer, or of all of them.
 struct StyleRule {
     std::string layer; ///< empty: every layer

@@ -1,6 +1,7 @@
 #include "drawing/MapWindow.h"
 
 #include <algorithm>
+#include <cmath>
 #include <limits>
 
 namespace Ambrel::Tool {
@@ -8,8 +9,8 @@ namespace Ambrel::Tool {
 namespace {
 
 double Clamp(double value, double limit) noexcept {
-    // Written so that NaN comes out as the lower bound.
-    return std::min(value > -limit ? value : -limit, limit);
+    double const clamped = std::min(value > -limit ? value : -limit, limit);
+    return value == value ? clamped : MapWindow::noPlace;
 }
 
 /// Pixels in a map unit, for a map of that length in a room of that many pixels.
@@ -45,6 +46,16 @@ MapWindow::MapWindow(BRect const& map, int width, int height, double margin, BRe
 void MapWindow::ToWindow(double& x, double& y) const noexcept {
     x = Clamp((halfWidth + (x - centerX) * pixelScale) * unitsPerPixel, limit);
     y = Clamp((halfHeight - (y - centerY) * pixelScale) * unitsPerPixel, limit);
+}
+
+bool MapWindow::IsLike(MapWindow const& other) const noexcept {
+    constexpr double unseen = 0.5; // pixels
+    BRect const map = VisibleMap(0.0);
+    BRect const otherMap = other.VisibleMap(0.0);
+    double const most = unseen / pixelScale;
+    return std::fabs(map.xMin - otherMap.xMin) < most &&
+           std::fabs(map.xMax - otherMap.xMax) < most &&
+           std::fabs(map.yMin - otherMap.yMin) < most && std::fabs(map.yMax - otherMap.yMax) < most;
 }
 
 BRect MapWindow::VisibleMap(double pixels) const noexcept {

@@ -2,6 +2,9 @@
 
 #include "Ambrel/BRect.h"
 
+#include <cstdint>
+#include <limits>
+
 namespace Ambrel::Tool {
 
 /// Places a piece of the map in a picture: proportions kept, centred, Y up in the map and down in
@@ -15,9 +18,17 @@ public:
 
     /// Window units in a pixel.
     int UnitsPerPixel() const noexcept { return unitsPerPixel; }
-    /// Map units to window units. Never beyond `limit` from 0, so the result fits an integer; what
-    /// is not a number lies at the limit.
+    /// Of the picture, in pixels.
+    int Width() const noexcept { return static_cast<int>(2 * halfWidth); }
+    int Height() const noexcept { return static_cast<int>(2 * halfHeight); }
+    /// The window coordinate of what is not a number.
+    static constexpr std::int32_t noPlace = std::numeric_limits<std::int32_t>::min();
+    /// Map units to window units. Never beyond `limit` from 0, so the result fits an integer, but
+    /// for `noPlace`.
     void ToWindow(double& x, double& y) const noexcept;
+    /// Whether nobody could tell a picture through this window from one through the other: places
+    /// differ by less than half a pixel.
+    bool IsLike(MapWindow const& other) const noexcept;
     /// The whole piece of the map that the picture shows, its margin included, and `pixels` more on
     /// every side.
     BRect VisibleMap(double pixels) const noexcept;
