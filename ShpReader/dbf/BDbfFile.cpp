@@ -5,8 +5,7 @@
 #include "Ambrel/BInputFile.h"
 #include "Ambrel/BLogger.h"
 #include "ShpReader/Report.h"
-
-#include <QFile>
+#include "ShpReader/writing/DbfWriter.h"
 
 #include <array>
 
@@ -28,7 +27,7 @@ BDbfFile::~BDbfFile() {
 }
 
 void BDbfFile::Open(BString const& fileName, std::uint32_t newMode, bool strict) {
-    if (input || file) {
+    if (input || writer) {
         throw BAlreadyOpenException(openOperation, fileName);
     }
     try {
@@ -43,11 +42,11 @@ void BDbfFile::Open(BString const& fileName, std::uint32_t newMode, bool strict)
         }
     } catch (BException const&) {
         input.reset();
-        file.reset();
+        writer.reset();
         throw;
     } catch (std::exception const& failure) {
         input.reset();
-        file.reset();
+        writer.reset();
         throw BException("Ambrel Exception", openOperation, failure.what());
     }
 }
@@ -66,8 +65,9 @@ void BDbfFile::OpenToRead(BString const& fileName, bool strict) {
 }
 
 void BDbfFile::OpenToWrite(BString const& fileName) {
-    file = std::make_unique<QFile>(MakeQString(path));
-    if (!BFileUtilities::MayBeWritten(path) || !file->open(QIODevice::WriteOnly)) {
+    writer = std::make_unique<DbfWriter>(
+        path, std::make_shared<WriteFailures>(FindingCode::TableWriteFailed));
+    if (!writer->Open()) {
         throw BFileNotFoundException(openOperation, fileName);
     }
 }
@@ -108,14 +108,14 @@ void BDbfFile::ThrowNotValid() const {
 }
 
 void BDbfFile::RequireMode(std::uint32_t requiredMode, char const* operation) const {
-    bool const isOpen = mode == readMode ? input != nullptr : file != nullptr;
+    bool const isOpen = mode == readMode ? input != nullptr : writer != nullptr;
     if (!isOpen || mode != requiredMode) {
         throw BNotOpenException(operation, BString::Format("File=%s", path.Ascii()));
     }
 }
 
 void BDbfFile::Close() {
-    if (file && mode == writeMode && file->isOpen()) {
+    if (writer && mode == writeMode && writer->IsOpen()) {
         FinishTable();
     }
     features.Clear();

@@ -13,11 +13,10 @@
 #include <string_view>
 #include <vector>
 
-class QFile;
-
 namespace Ambrel {
 
 class BInputFile;
+class DbfWriter;
 
 /// The dBASE table of a shapefile: one record of attribute values for each geometry record, in the
 /// same order.
@@ -99,7 +98,7 @@ public:
     /// Throws BNotOpenException when the table is not open for writing, and
     /// BAttributeDataException, before anything is written, for what a header can not hold (it
     /// names the field) and for a table that is prepared already.
-    void PrepareForWriting(BAttributeDefs const& newSchema);
+    void PrepareForWriting(BAttributeDefs const& fields);
 
     /// Appends a record; value k goes into field k, and fields without a value stay blank. What is
     /// too long for its field, a number too, loses its end. Throws
@@ -120,7 +119,7 @@ public:
     BFeatures& GetFeatures() noexcept { return features; }
 
     /// Records written since the table was opened.
-    std::uint32_t GetRecordsWritten() const noexcept { return recordsWritten; }
+    std::uint32_t GetRecordsWritten() const noexcept;
     /// The header, as it was read or will be written.
     DbfHeader const& GetHeader() const noexcept { return header; }
 
@@ -139,17 +138,11 @@ private:
     BAttributes MakeDefaultAttributes() const;
     void UseDefaults(std::uint32_t index, BAttributes& attributes) const;
     std::uint32_t MostRecords() const;
-    void WriteBytes(char const* bytes, std::size_t count);
-    void ReportFailedWrite();
     void FinishTable();
-    bool WriteHeader(QFile& handle) const;
-    void KeepWholeRecords();
 
     std::unique_ptr<BInputFile> input; ///< there while the table is open for reading
-    std::unique_ptr<QFile> file;       ///< there once it has been opened for writing
+    std::unique_ptr<DbfWriter> writer; ///< there once it has been opened for writing
     DbfHeader header;
-    std::uint16_t writeRecordLength = 0;
-    std::uint32_t recordsWritten = 0;
     BString path; ///< complete
     std::uint32_t mode = 0;
     ReadOptions options;
@@ -164,8 +157,6 @@ private:
     RecordWindow window;               ///< the records read last through `input`
     std::vector<TextCache> textCaches; ///< for each field, filled by sequential reads
     std::int64_t fileSize = 0;         ///< bytes, at Open
-    bool isPrepared = false;
-    bool hasFailedWrite = false;
 };
 
 } // namespace Ambrel

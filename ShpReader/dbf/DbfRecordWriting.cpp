@@ -1,12 +1,10 @@
 #include "Ambrel/BException.h"
-#include "Ambrel/BLogger.h"
 #include "ShpReader/dbf/BDbfFile.h"
 #include "ShpReader/dbf/DbfFieldFormatting.h"
-
-#include <QFile>
+#include "ShpReader/writing/DbfTableStart.h"
+#include "ShpReader/writing/DbfWriter.h"
 
 #include <algorithm>
-#include <array>
 #include <cstring>
 #include <span>
 
@@ -82,14 +80,29 @@ void BDbfFile::CopyAttrData(char* destination, char const* text, std::int32_t wi
     }
 }
 
+void BDbfFile::PrepareForWriting(BAttributeDefs const& fields) {
+    constexpr char operation[] = "BDbfFile::PrepareForWriting";
+    RequireMode(writeMode, operation);
+    if (writer->IsPrepared() || !writer->IsOpen()) {
+        throw BAttributeDataException(
+            operation,
+            BString::Format("%s, File=%s", writer->IsPrepared() ? "Prepared already" : "Closed",
+                            path.Ascii()));
+    }
+    schema = LimitDbfSchema(fields);
+    writer->Prepare(schema);
+    header = writer->GetHeader();
+    recordBuffer.resize(header.recordLength);
+}
+
 void BDbfFile::WriteAttributeRecord(BAttributes const& attributes) {
-    if (!isPrepared) {
+    if (!writer || !writer->IsPrepared()) {
         throw BAttributeDataException("BDbfFile::WriteAttributeRecord",
                                       BString::Format("Not prepared, File=%s", path.Ascii()));
     }
-    Attributes2DbfRecord(recordBuffer.data(), writeRecordLength, attributes, schema);
-    WriteBytes(recordBuffer.data(), recordBuffer.size());
-    ++recordsWritten;
+    Attributes2DbfRecord(recordBuffer.data(), static_cast<std::uint16_t>(recordBuffer.size()),
+                         attributes, schema);
+    writer->WriteRow(recordBuffer);
 }
 
 void BDbfFile::Write() {
@@ -99,52 +112,13 @@ void BDbfFile::Write() {
     }
 }
 
-void BDbfFile::WriteBytes(char const* bytes, std::size_t count) {
-    if (file->write(bytes, static_cast<qint64>(count)) != static_cast<qint64>(count)) {
-        ReportFailedWrite();
-    }
-}
-
-void BDbfFile::ReportFailedWrite() {
-    if (!hasFailedWrite) {
-        hasFailedWrite = true;
-        BLogger::Instance()->WriteLine(LOG_FATAL, "DBF-File: Writing failed. File=%s",
-                                       path.Ascii());
-    }
+std::uint32_t BDbfFile::GetRecordsWritten() const noexcept {
+    return writer ? writer->GetRowCount() : 0;
 }
 
 void BDbfFile::FinishTable() {
-    isPrepared = false; // whatever happens, no record goes behind the end byte
-    WriteBytes(&dbfEndOfFile, sizeof dbfEndOfFile);
-    header.recordCount = recordsWritten;
-    bool const isStored = file->flush() && WriteHeader(*file) && file->flush();
-    BLogger::Instance()->WriteLine(LOG_PROGRESS, "DBF-File: Closing DBF file");
-    file->close();
-    if (!isStored) {
-        ReportFailedWrite();
-        KeepWholeRecords();
-    }
-}
-
-bool BDbfFile::WriteHeader(QFile& handle) const {
-    std::array<char, DbfHeader::size> bytes{};
-    header.Encode(bytes.data());
-    return handle.seek(0) && handle.write(bytes.data(), bytes.size()) == bytes.size();
-}
-
-/// Makes a table of the records that are stored whole, after a write has failed. Through a handle
-/// of its own: what could not be written stays in the other, and would go where the header is.
-void BDbfFile::KeepWholeRecords() {
-    QFile stored(file->fileName());
-    if (header.recordLength == 0 ||
-        !stored.open(QIODevice::ReadWrite | QIODevice::Unbuffered | QIODevice::ExistingOnly) ||
-        stored.size() < header.headerLength) {
-        return;
-    }
-    std::int64_t const whole = (stored.size() - header.headerLength) / header.recordLength;
-    header.recordCount = static_cast<std::uint32_t>(std::min<std::int64_t>(recordsWritten, whole));
-    stored.resize(header.GetRecordPosition(header.recordCount));
-    WriteHeader(stored);
+    writer->Finish();
+    header = writer->GetHeader();
 }
 
 } // namespace Ambrel

@@ -4,8 +4,7 @@
 #include "Ambrel/BFileUtilities.h"
 #include "ShpReader/Report.h"
 #include "ShpReader/shp/RecordStore.h"
-
-#include <QFile>
+#include "ShpReader/writing/NullShapeWriter.h"
 
 namespace Ambrel {
 
@@ -62,20 +61,15 @@ void BShpFile::OpenToWrite() {
     if (fileName == indexFileName || fileName == dbfFileName || fileName == prjFileName) {
         throw BFileNotFoundException(openOperation, fileName); // it would be two files at once
     }
-    mainFile = std::make_unique<QFile>(MakeQString(fileName));
-    indexFile = std::make_unique<QFile>(MakeQString(indexFileName));
-    if (!BFileUtilities::MayBeWritten(fileName) || !mainFile->open(QIODevice::WriteOnly)) {
-        throw BFileNotFoundException(openOperation, fileName);
+    writer = std::make_unique<NullShapeWriter>(fileName, indexFileName);
+    for (OutputFile* const output : {&writer->GetMain(), &writer->GetIndex()}) {
+        if (!output->Open()) {
+            throw BFileNotFoundException(openOperation, output->GetPath());
+        }
+        WriteHeader(output->GetHandle());
     }
-    isMainWritten = true;
-    WriteHeader(*mainFile);
-    if (!BFileUtilities::MayBeWritten(indexFileName) || !indexFile->open(QIODevice::WriteOnly)) {
-        throw BFileNotFoundException(openOperation, indexFileName);
-    }
-    isIndexWritten = true;
-    WriteHeader(*indexFile);
     dbfFile->Open(dbfFileName, BDbfFile::writeMode, true);
-    isTableWritten = true;
+    writer->CountTableAsOpen();
     recordCount = 0;
 }
 
@@ -200,8 +194,7 @@ void BShpFile::Close() noexcept {
         dbfFile->Close(); // Whoever else holds the table sees it emptied.
     }
     records.reset();
-    mainFile.reset();
-    indexFile.reset();
+    writer.reset();
     dbfFile = BSharedPtr<BDbfFile>();
     mode = closedMode;
 }

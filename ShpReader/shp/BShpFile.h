@@ -21,6 +21,7 @@ namespace Ambrel {
 class BParamList;
 class BProgress;
 class BRenderer;
+class NullShapeWriter;
 class RecordStore;
 struct ShpFileHeader;
 
@@ -61,8 +62,9 @@ public:
     /// Does nothing in write mode. Throws BReadWriteMismatchException otherwise.
     virtual void Write();
     /// Appends a null-shape record, and the feature's attribute values to the table. The table must
-    /// have been prepared (PrepareTable). Throws as WriteNullShape does, and
-    /// BAttributeDataException for values that can not be written; the null-shape record stands
+    /// have been prepared (PrepareTable). A geometry is not written: one finding for each file says
+    /// so. Throws as WriteNullShape does, and BAttributeDataException for values that can not be
+    /// written; the null-shape record stands
     /// then, so that whatever is written behind it has the row of the record before.
     virtual void WriteFeature(BSharedPtr<BFeature> const& feature);
     /// Appends a null-shape record with its index entry, and no row to the table: whoever reads
@@ -155,7 +157,7 @@ public:
     /// and what BDbfFile::PrepareForWriting throws.
     void PrepareTable(BAttributeDefs const& schema);
     /// The coordinate system to write beside the file. REQUIRES: write mode.
-    void SetCoordSys(BSharedPtr<BCoordSys> const& newCoordSys) { coordSys = newCoordSys; }
+    void SetCoordSys(BSharedPtr<BCoordSys> const& system) { coordSys = system; }
     /// Writes the header as it is known at open; returns its size in bytes. Throws
     /// BReadWriteMismatchException.
     std::int32_t WriteHeader(QFile& handle);
@@ -202,17 +204,12 @@ private:
     // Writing.
     void RequireOutputs(char const* operation) const;
     ShpFileHeader MakeHeader() const;
-    void WriteBytes(QFile& handle, std::uint8_t const* bytes, std::size_t count);
     void ReportFailedWrite(QFile const& handle);
     void FinishWriting() noexcept;
-    void FinishFile(QFile& handle);
     void FinishFiles();
-    void WriteCompanions();
-    void RemoveOutputs();
 
-    std::unique_ptr<RecordStore> records; ///< there while the file is open for reading
-    std::unique_ptr<QFile> mainFile;      ///< there while the file is open for writing
-    std::unique_ptr<QFile> indexFile;
+    std::unique_ptr<RecordStore> records;    ///< there while the file is open for reading
+    std::unique_ptr<NullShapeWriter> writer; ///< there while the file is open for writing
     BString fileName;
     BString indexFileName;
     BSharedPtr<BDbfFile> dbfFile;
@@ -236,11 +233,6 @@ private:
     bool useAttributes = true;
     bool hasAttributeZName = false;
     BString attributeZName;
-
-    bool isMainWritten = false; ///< the file has been opened for writing, and so emptied
-    bool isIndexWritten = false;
-    bool isTableWritten = false;
-    bool hasFailedWrite = false;
 };
 
 } // namespace Ambrel

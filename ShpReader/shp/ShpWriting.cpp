@@ -3,9 +3,10 @@
 #include "ShpReader/shp/BShpFile.h"
 
 #include "Ambrel/BException.h"
-#include "Ambrel/BFileUtilities.h"
 #include "Ambrel/BLogger.h"
+#include "ShpReader/Report.h"
 #include "ShpReader/format/ShpFormat.h"
+#include "ShpReader/writing/NullShapeWriter.h"
 
 #include <QFile>
 
@@ -15,19 +16,19 @@ namespace Ambrel {
 
 namespace {
 
-/// A null shape consists of its shape type alone.
-constexpr std::uint32_t nullShapeLength = shapeTypeSize / shpBytesPerWord;
 constexpr char const* headerOperation = "BShpFile::WriteHeader";
 
-/// The file that names the character set of the table's text.
-constexpr char const* codePageExtension = ".cpg";
-constexpr char const* codePageName = "UTF-8";
+/// Writes at the handle's position. Returns whether all bytes were written.
+bool WriteBytes(QFile& handle, std::uint8_t const* bytes, std::size_t count) {
+    auto const size = static_cast<qint64>(count);
+    return handle.write(reinterpret_cast<char const*>(bytes), size) == size;
+}
 
 } // namespace
 
 /// A failed Open leaves the mode as it was asked for, but nothing to write to.
 void BShpFile::RequireOutputs(char const* operation) const {
-    if (!isMainWritten || !isIndexWritten || !isTableWritten) {
+    if (!writer || !writer->IsOpen()) {
         throw BNotOpenException(operation, fileName);
     }
 }
@@ -38,6 +39,9 @@ void BShpFile::Write() {
 
 void BShpFile::WriteFeature(BSharedPtr<BFeature> const& feature) {
     WriteNullShape();
+    if (writer && feature->GetGeometry()) {
+        writer->ReportGeometry();
+    }
     if (dbfFile) {
         dbfFile->WriteAttributeRecord(feature->attributes);
     }
@@ -47,18 +51,7 @@ void BShpFile::WriteNullShape() {
     RequireMode(writeMode, "BShpFile::WriteNullShape");
     RequireOutputs("BShpFile::WriteNullShape");
     BLogger::Instance()->WriteLine(LOG_DETAIL, "SHP-WRITER: Writing NULL shape.");
-    std::uint32_t const offset = static_cast<std::uint32_t>(mainFile->pos()) / shpBytesPerWord;
-    ++recordCount;
-
-    // The shape type of a null shape is 0.
-    std::array<std::uint8_t, ShpRecordHeader::size + shapeTypeSize> record{};
-    ShpRecordHeader{recordCount, nullShapeLength}.Encode(record.data());
-    WriteBytes(*mainFile, record.data(), record.size());
-
-    std::array<std::uint8_t, ShpIndexEntry::size> entry{};
-    ShpIndexEntry{static_cast<std::int32_t>(offset), nullShapeLength}.Encode(entry.data());
-    WriteBytes(*indexFile, entry.data(), entry.size());
-
+    writer->WriteNullShape(++recordCount);
     extent.Union(BBox()); // A null shape has no box.
 }
 
@@ -84,7 +77,9 @@ std::int32_t BShpFile::WriteHeader(QFile& handle) {
     RequireMode(writeMode, headerOperation);
     std::array<std::uint8_t, ShpFileHeader::size> bytes{};
     MakeHeader().Encode(bytes.data());
-    WriteBytes(handle, bytes.data(), bytes.size());
+    if (!WriteBytes(handle, bytes.data(), bytes.size())) {
+        ReportFailedWrite(handle);
+    }
     return static_cast<std::int32_t>(bytes.size());
 }
 
@@ -104,8 +99,10 @@ void BShpFile::FinishHeader(QFile& handle) {
     std::array<std::uint8_t, ShpFileHeader::size> bytes{};
     header.Encode(bytes.data());
     auto const rewrite = [&](ShpFileHeader::Range const& range) {
-        handle.seek(static_cast<qint64>(range.offset));
-        WriteBytes(handle, bytes.data() + range.offset, range.size);
+        if (!handle.seek(static_cast<qint64>(range.offset)) ||
+            !WriteBytes(handle, bytes.data() + range.offset, range.size)) {
+            ReportFailedWrite(handle);
+        }
     };
     rewrite(ShpFileHeader::lengthField);
     rewrite(ShpFileHeader::boxFields);
@@ -117,19 +114,9 @@ void BShpFile::FinishHeader(QFile& handle) {
     }
 }
 
-void BShpFile::WriteBytes(QFile& handle, std::uint8_t const* bytes, std::size_t count) {
-    auto const size = static_cast<qint64>(count);
-    if (handle.write(reinterpret_cast<char const*>(bytes), size) != size) {
-        ReportFailedWrite(handle);
-    }
-}
-
-/// Once for each shapefile: a full disk would give a line for every record.
 void BShpFile::ReportFailedWrite(QFile const& handle) {
-    if (!hasFailedWrite) {
-        hasFailedWrite = true;
-        BLogger::Instance()->WriteLine(LOG_FATAL, "SHP-WRITER: Writing to %s failed.",
-                                       BString::FromQString(handle.fileName()).Ascii());
+    if (writer) {
+        writer->GetFailures().Add(BString::FromQString(handle.fileName()));
     }
 }
 
@@ -137,75 +124,30 @@ void BShpFile::FinishWriting() noexcept {
     try {
         FinishFiles();
     } catch (std::exception const& failure) {
-        BLogger::Instance()->WriteLine(LOG_FATAL, "SHP-WRITER: Finishing %s failed: %s",
-                                       fileName.Ascii(), failure.what());
-    }
-}
-
-/// Completes the header and closes the file. Where the disk is full, what could not be written
-/// stays in the handle and would go where the header is completed: the handle is closed then, and
-/// the header of what is stored is completed through another.
-void BShpFile::FinishFile(QFile& handle) {
-    if (handle.flush()) {
-        FinishHeader(handle);
-        handle.close();
-        return;
-    }
-    ReportFailedWrite(handle);
-    handle.close();
-    QFile stored(handle.fileName());
-    if (stored.open(QIODevice::ReadWrite | QIODevice::Unbuffered | QIODevice::ExistingOnly)) {
-        FinishHeader(stored);
+        Report({.code = FindingCode::FinishFailed,
+                .file = fileName.Ascii(),
+                .values = {std::string(failure.what())}});
     }
 }
 
 void BShpFile::FinishFiles() {
-    for (std::unique_ptr<QFile> const* const file : {&mainFile, &indexFile}) {
-        if (*file && (*file)->isOpen()) {
-            FinishFile(**file);
+    bool const isWhole = writer && writer->IsOpen();
+    if (writer) {
+        for (OutputFile* const output : {&writer->GetMain(), &writer->GetIndex()}) {
+            if (output->IsOpen()) {
+                output->Flush();
+                FinishHeader(output->GetHandle());
+                output->Close();
+            }
         }
     }
     if (dbfFile) {
         dbfFile->Close();
     }
-    bool const isWhole = isMainWritten && isIndexWritten && isTableWritten;
-    if (recordCount == 0) {
-        RemoveOutputs();
+    if (writer && recordCount == 0) {
+        writer->RemoveOutputs(prjFileName, dbfFileName);
     } else if (isWhole) {
-        WriteCompanions();
-    }
-}
-
-void BShpFile::WriteCompanions() {
-    if (!coordSys) {
-        BFileUtilities::Delete(prjFileName); // of a former file of that name
-    } else if (!coordSys->ToFile(prjFileName)) {
-        BLogger::Instance()->WriteLine(LOG_FATAL, "SHP-WRITER: Writing to %s failed.",
-                                       prjFileName.Ascii());
-    }
-    BString const codePagePath =
-        BFileUtilities::ChangeExtensionForWriting(fileName, codePageExtension);
-    QFile codePage(MakeQString(codePagePath));
-    if (!BFileUtilities::MayBeWritten(codePagePath) || !codePage.open(QIODevice::WriteOnly) ||
-        codePage.write(codePageName) < 0 || !codePage.flush()) {
-        ReportFailedWrite(codePage);
-    }
-}
-
-/// Removes what opening has emptied, and what belonged to it. A file that could not be opened is
-/// not ours to remove.
-void BShpFile::RemoveOutputs() {
-    if (isMainWritten) {
-        BFileUtilities::Delete(fileName);
-    }
-    if (isIndexWritten) {
-        BFileUtilities::Delete(indexFileName);
-    }
-    if (isTableWritten) {
-        BFileUtilities::Delete(dbfFileName);
-        BFileUtilities::Delete(prjFileName);
-        BFileUtilities::Delete(
-            BFileUtilities::ChangeExtensionForWriting(fileName, codePageExtension));
+        writer->WriteCompanions(prjFileName, coordSys.Get());
     }
 }
 

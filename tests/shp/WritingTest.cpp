@@ -88,6 +88,23 @@ TEST(ShpWritingTest, RefusesANameThatItsCompanionsHave) {
     }
 }
 
+TEST(ShpWritingTest, SaysOnceThatGeometryIsNotWritten) {
+    TemporaryFolder const folder;
+    BShpFile file;
+    file.Open(folder.File("a.shp"), BShpFile::writeMode, true, "");
+    file.PrepareTable(NameSchema());
+    BSharedPtr<BFeature> const feature = FeatureNamed("a");
+    LogCapture const log;
+    file.WriteFeature(feature);
+    EXPECT_EQ(log.TextsOf(LOG_WARNING), Texts());
+    feature->SetGeometry(BSharedPtr<BGeometry>(new BPointGeo(BPoint(1, 2))));
+    file.WriteFeature(feature);
+    file.WriteFeature(feature);
+    EXPECT_EQ(log.TextsOf(LOG_WARNING),
+              Texts{"SHP-WRITER: Geometry is not written: records are null shapes. File=" +
+                    (folder.Path() / "a.shp").string()});
+}
+
 TEST(ShpWritingTest, LeavesNothingWhereNothingWasWritten) {
     TemporaryFolder const folder;
     WriteFile(folder.Path() / "old.prj", {'x'});

@@ -1,8 +1,8 @@
+#include "ShpReader/writing/DbfTableStart.h"
+
 #include "Ambrel/BException.h"
-#include "ShpReader/dbf/BDbfFile.h"
 
 #include <QDate>
-#include <QFile>
 
 #include <algorithm>
 #include <string>
@@ -82,8 +82,26 @@ bool FitsDescriptorByte(std::int32_t value) {
     return value >= 0 && value <= dbfMaxFieldWidth;
 }
 
-/// The schema as the table will have it; refuses what its header can not hold.
-BAttributeDefs LimitSchema(BAttributeDefs const& schema) {
+std::size_t GetRecordLength(BAttributeDefs const& fields) {
+    std::size_t length = dbfDeletionFlagSize;
+    for (std::uint64_t i = 0; i < fields.GetCount(); ++i) {
+        length += static_cast<std::size_t>(fields.GetAt(i).width);
+    }
+    return length;
+}
+
+DbfFieldDescriptor MakeDescriptor(BAttributeDef const& field) {
+    DbfFieldDescriptor descriptor;
+    descriptor.name = field.name.Ascii();
+    descriptor.type = GetFieldTypeLetter(field.GetType(), field.decimals);
+    descriptor.width = static_cast<std::uint8_t>(field.width);
+    descriptor.decimals = static_cast<std::uint8_t>(field.decimals);
+    return descriptor;
+}
+
+} // namespace
+
+BAttributeDefs LimitDbfSchema(BAttributeDefs const& schema) {
     BAttributeDefs limited;
     FieldNames names(schema);
     std::size_t recordLength = dbfDeletionFlagSize;
@@ -108,68 +126,29 @@ BAttributeDefs LimitSchema(BAttributeDefs const& schema) {
     return limited;
 }
 
-std::size_t GetRecordLength(BAttributeDefs const& schema) {
-    std::size_t length = dbfDeletionFlagSize;
-    for (std::uint64_t i = 0; i < schema.GetCount(); ++i) {
-        length += static_cast<std::size_t>(schema.GetAt(i).width);
-    }
-    return length;
-}
-
-DbfHeader MakeHeader(std::size_t fieldCount, std::size_t recordLength) {
+DbfHeader MakeDbfHeader(BAttributeDefs const& fields) {
     DbfHeader header;
     QDate const today = QDate::currentDate();
     header.version = dbfVersion;
     header.lastUpdate = {static_cast<std::uint8_t>(today.year() - 1900),
                          static_cast<std::uint8_t>(today.month()),
                          static_cast<std::uint8_t>(today.day())};
-    header.headerLength = static_cast<std::uint16_t>(
-        DbfHeader::size + fieldCount * DbfFieldDescriptor::size + sizeof dbfHeaderTerminator);
-    header.recordLength = static_cast<std::uint32_t>(recordLength);
+    header.headerLength =
+        static_cast<std::uint16_t>(DbfHeader::size + fields.GetCount() * DbfFieldDescriptor::size +
+                                   sizeof dbfHeaderTerminator);
+    header.recordLength = static_cast<std::uint32_t>(GetRecordLength(fields));
     return header;
 }
 
-DbfFieldDescriptor MakeDescriptor(BAttributeDef const& field) {
-    DbfFieldDescriptor descriptor;
-    descriptor.name = field.name.Ascii();
-    descriptor.type = GetFieldTypeLetter(field.GetType(), field.decimals);
-    descriptor.width = static_cast<std::uint8_t>(field.width);
-    descriptor.decimals = static_cast<std::uint8_t>(field.decimals);
-    return descriptor;
-}
-
-/// All that stands before the first record.
-std::vector<char> EncodeTableStart(DbfHeader const& header, BAttributeDefs const& schema) {
+std::vector<char> EncodeDbfTableStart(DbfHeader const& header, BAttributeDefs const& fields) {
     std::vector<char> bytes(header.headerLength);
     header.Encode(bytes.data());
     char* place = bytes.data() + DbfHeader::size;
-    for (std::uint64_t i = 0; i < schema.GetCount(); ++i, place += DbfFieldDescriptor::size) {
-        MakeDescriptor(schema.GetAt(i)).Encode(place);
+    for (std::uint64_t i = 0; i < fields.GetCount(); ++i, place += DbfFieldDescriptor::size) {
+        MakeDescriptor(fields.GetAt(i)).Encode(place);
     }
     *place = dbfHeaderTerminator;
     return bytes;
-}
-
-} // namespace
-
-void BDbfFile::PrepareForWriting(BAttributeDefs const& newSchema) {
-    RequireMode(writeMode, prepareOperation);
-    if (isPrepared || !file->isOpen()) {
-        throw BAttributeDataException(prepareOperation,
-                                      BString::Format("%s, File=%s",
-                                                      isPrepared ? "Prepared already" : "Closed",
-                                                      path.Ascii()));
-    }
-    BAttributeDefs limited = LimitSchema(newSchema);
-    std::size_t const recordLength = GetRecordLength(limited);
-    DbfHeader const newHeader = MakeHeader(limited.GetCount(), recordLength);
-    std::vector<char> const start = EncodeTableStart(newHeader, limited);
-    recordBuffer.resize(recordLength);
-    WriteBytes(start.data(), start.size());
-    header = newHeader;
-    schema = std::move(limited);
-    writeRecordLength = static_cast<std::uint16_t>(recordLength);
-    isPrepared = true;
 }
 
 } // namespace Ambrel
