@@ -89,7 +89,7 @@ void BDbfFile::PrepareForWriting(BAttributeDefs const& fields) {
             BString::Format("%s, File=%s", writer->IsPrepared() ? "Prepared already" : "Closed",
                             path.Ascii()));
     }
-    schema = LimitDbfSchema(fields);
+    schema = LimitDbfSchema(fields, operation);
     writer->Prepare(schema);
     header = writer->GetHeader();
     recordBuffer.resize(header.recordLength);

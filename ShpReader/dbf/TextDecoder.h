@@ -23,6 +23,8 @@ public:
     explicit TextDecoder(QTextCodec const* codec);
 
     BString Decode(std::string_view bytes) const;
+    /// Null for BString's rule.
+    QTextCodec const* GetCodec() const noexcept { return codec; }
 
 private:
     QTextCodec const* codec; ///< null for BString's rule

@@ -13,8 +13,6 @@ namespace Ambrel {
 
 namespace {
 
-constexpr char prepareOperation[] = "BDbfFile::PrepareForWriting";
-
 /// The start of UTF-8 text, at most `size` bytes, cut between two characters.
 std::string_view CutAtCharacter(std::string_view text, std::size_t size) {
     if (text.size() <= size) {
@@ -62,8 +60,8 @@ private:
     std::unordered_map<std::string, std::uint32_t> lastNumbers; ///< by the name that was cut
 };
 
-[[noreturn]] void Refuse(BAttributeDef const& field, char const* reason) {
-    throw BAttributeDataException(prepareOperation,
+[[noreturn]] void Refuse(char const* operation, BAttributeDef const& field, char const* reason) {
+    throw BAttributeDataException(operation,
                                   BString::Format("Field=%s, %s", field.name.Ascii(), reason));
 }
 
@@ -90,9 +88,9 @@ std::size_t GetRecordLength(BAttributeDefs const& fields) {
     return length;
 }
 
-DbfFieldDescriptor MakeDescriptor(BAttributeDef const& field) {
+DbfFieldDescriptor MakeDescriptor(BAttributeDef const& field, std::string_view name) {
     DbfFieldDescriptor descriptor;
-    descriptor.name = field.name.Ascii();
+    descriptor.name = name;
     descriptor.type = GetFieldTypeLetter(field.GetType(), field.decimals);
     descriptor.width = static_cast<std::uint8_t>(field.width);
     descriptor.decimals = static_cast<std::uint8_t>(field.decimals);
@@ -101,24 +99,24 @@ DbfFieldDescriptor MakeDescriptor(BAttributeDef const& field) {
 
 } // namespace
 
-BAttributeDefs LimitDbfSchema(BAttributeDefs const& schema) {
+BAttributeDefs LimitDbfSchema(BAttributeDefs const& schema, char const* operation) {
     BAttributeDefs limited;
     FieldNames names(schema);
     std::size_t recordLength = dbfDeletionFlagSize;
     for (std::uint64_t i = 0; i < schema.GetCount(); ++i) {
         BAttributeDef field = LimitField(schema.GetAt(i));
         if (i >= dbfMaxFieldCount) {
-            Refuse(field, "too many fields");
+            Refuse(operation, field, "too many fields");
         }
         if (!FitsDescriptorByte(field.width)) {
-            Refuse(field, "width out of range");
+            Refuse(operation, field, "width out of range");
         }
         if (!FitsDescriptorByte(field.decimals)) {
-            Refuse(field, "decimals out of range");
+            Refuse(operation, field, "decimals out of range");
         }
         recordLength += static_cast<std::size_t>(field.width);
         if (recordLength > dbfMaxRecordLength) {
-            Refuse(field, "record too long");
+            Refuse(operation, field, "record too long");
         }
         field.name = names.Shorten(field.name);
         limited.Add(field);
@@ -140,12 +138,13 @@ DbfHeader MakeDbfHeader(BAttributeDefs const& fields) {
     return header;
 }
 
-std::vector<char> EncodeDbfTableStart(DbfHeader const& header, BAttributeDefs const& fields) {
+std::vector<char> EncodeDbfTableStart(DbfHeader const& header, BAttributeDefs const& fields,
+                                      std::span<std::string const> names) {
     std::vector<char> bytes(header.headerLength);
     header.Encode(bytes.data());
     char* place = bytes.data() + DbfHeader::size;
     for (std::uint64_t i = 0; i < fields.GetCount(); ++i, place += DbfFieldDescriptor::size) {
-        MakeDescriptor(fields.GetAt(i)).Encode(place);
+        MakeDescriptor(fields.GetAt(i), names[i]).Encode(place);
     }
     *place = dbfHeaderTerminator;
     return bytes;

@@ -9,8 +9,16 @@
 namespace Ambrel {
 
 void DbfWriter::Prepare(BAttributeDefs const& fields) {
+    std::vector<std::string> names;
+    for (std::uint64_t i = 0; i < fields.GetCount(); ++i) {
+        names.emplace_back(fields.GetAt(i).name.Utf8());
+    }
+    Prepare(fields, names);
+}
+
+void DbfWriter::Prepare(BAttributeDefs const& fields, std::span<std::string const> names) {
     header = MakeDbfHeader(fields);
-    std::vector<char> const start = EncodeDbfTableStart(header, fields);
+    std::vector<char> const start = EncodeDbfTableStart(header, fields, names);
     output.Append(start.data(), start.size());
     isPrepared = true;
 }

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <memory>
 #include <span>
+#include <string>
 #include <utility>
 
 namespace Ambrel {
@@ -15,15 +16,19 @@ namespace Ambrel {
 /// then keeps the rows that are stored whole.
 class DbfWriter {
 public:
-    DbfWriter(BString const& path, std::shared_ptr<WriteFailures> failures)
-        : output(path, std::move(failures)) {}
+    /// See OutputFile.
+    DbfWriter(BString const& path, std::shared_ptr<WriteFailures> failures,
+              BString const& reportedPath = {})
+        : output(path, std::move(failures), reportedPath) {}
 
     /// Opens the file and empties it. Returns whether that was possible.
     bool Open() { return output.Open(); }
     bool IsOpen() const noexcept { return output.IsOpen(); }
 
-    /// Writes the header and the field descriptors. REQUIRES: `fields` comes from LimitDbfSchema;
-    /// the table is open and not prepared.
+    /// Writes the header and the field descriptors. `names`: the fields' names in the table's
+    /// encoding. REQUIRES: `fields` comes from LimitDbfSchema; the table is open and not prepared.
+    void Prepare(BAttributeDefs const& fields, std::span<std::string const> names);
+    /// With the names as UTF-8.
     void Prepare(BAttributeDefs const& fields);
     /// From Prepare to Finish.
     bool IsPrepared() const noexcept { return isPrepared; }

@@ -15,12 +15,15 @@ constexpr std::size_t pieceSize = 1U << 17;
 void WriteFailures::Add(BString const& path) noexcept {
     if (!hasAny) {
         hasAny = true;
+        firstPath = path;
         Report({.code = code, .file = path.Ascii()});
     }
 }
 
-OutputFile::OutputFile(BString const& pathOfFile, std::shared_ptr<WriteFailures> failuresOfGroup)
-    : path(pathOfFile), failures(std::move(failuresOfGroup)), handle(MakeQString(pathOfFile)) {}
+OutputFile::OutputFile(BString const& pathOfFile, std::shared_ptr<WriteFailures> failuresOfGroup,
+                       BString const& reportedPath)
+    : path(pathOfFile), reportedAs(reportedPath.IsEmpty() ? pathOfFile : reportedPath),
+      failures(std::move(failuresOfGroup)), handle(MakeQString(pathOfFile)) {}
 
 bool OutputFile::Open() {
     hasBeenOpened = BFileUtilities::MayBeWritten(path) &&
@@ -80,7 +83,7 @@ void OutputFile::Close() {
 
 void OutputFile::Fail() noexcept {
     hasFailed = true;
-    failures->Add(path);
+    failures->Add(reportedAs);
 }
 
 } // namespace Ambrel

@@ -21,9 +21,12 @@ public:
 
     void Add(BString const& path) noexcept;
     bool HasAny() const noexcept { return hasAny; }
+    /// The file of the first one. REQUIRES: HasAny().
+    BString const& GetFirstPath() const noexcept { return firstPath; }
 
 private:
     FindingCode code;
+    BString firstPath;
     bool hasAny = false;
 };
 
@@ -31,8 +34,10 @@ private:
 /// of what was appended: nothing goes behind a write that has failed.
 class OutputFile {
 public:
-    /// Opens nothing. The failures hear of every write that fails.
-    OutputFile(BString const& pathOfFile, std::shared_ptr<WriteFailures> failuresOfGroup);
+    /// Opens nothing. The failures hear of every write that fails, by the name `reportedPath`;
+    /// where that is empty, by the file's own.
+    OutputFile(BString const& pathOfFile, std::shared_ptr<WriteFailures> failuresOfGroup,
+               BString const& reportedPath = {});
     OutputFile(OutputFile const&) = delete;
     OutputFile& operator=(OutputFile const&) = delete;
     /// Closes the file. What was appended since the last flush is lost.
@@ -69,6 +74,7 @@ private:
     void Fail() noexcept;
 
     BString path;
+    BString reportedAs;
     std::shared_ptr<WriteFailures> failures;
     QFile handle;
     std::vector<char> pending;
