@@ -107,7 +107,7 @@ TEST_F(Export, LeavesOutGeometriesOfCoordinatesThatAreNoNumbers) {
     ShapefileBuilder builder(13);
     builder.Polyline({{{0, 0}, {infinity, 1}}}, {5, 6}).Polyline({{{1, 2}, {3, 4}}}, {5, infinity});
     Write(builder);
-    std::string const reason = " has coordinates that are no numbers; its geometry is left out\n";
+    std::string const reason = ": its coordinates are no numbers; its geometry is left out\n";
     EXPECT_EQ(RunTool("export map.shp --format csv"),
               (ToolRun{0, "id,wkt\r\n1,\r\n2,\r\n",
                        "ambrel-shp: warning: map.shp: record 0" + reason +
@@ -152,9 +152,10 @@ TEST_F(Export, TransformsToLongitudeAndLatitude) {
     // UTM zone 32: the central meridian lies at 500,000 m. The second point is on no map of it.
     Write(ShapefileBuilder(1).Point(500000, 0).Point(1e12, 1e12).File(".prj", "EPSG:32632"));
     ToolRun const run = RunTool("export map.shp --to-wgs84");
-    EXPECT_EQ(run, (ToolRun{0, run.out,
-                            "ambrel-shp: warning: map.shp: record 1 has no position in WGS 84; its "
-                            "geometry is left out\n"}));
+    EXPECT_EQ(run,
+              (ToolRun{1, run.out,
+                       "ambrel-shp: warning: map.shp: record 1: it has no position in WGS 84; its "
+                       "geometry is left out\n"}));
     Json const features = Json::parse(run.out)["features"];
     EXPECT_NEAR(features[0]["geometry"]["coordinates"][0], 9.0, 1e-9);
     EXPECT_NEAR(features[0]["geometry"]["coordinates"][1], 0.0, 1e-9);
@@ -215,10 +216,11 @@ TEST_F(Export, LosesNothingThatIsSoundBehindARecordThatCanNotBeRead) {
     for (std::string const& mode : modes) {
         EXPECT_EQ(RunTool("export map.shp --format csv --mode " + mode),
                   (ToolRun{1, "id,wkt\r\n7,POINT (1 2)\r\n9,POINT (3 4)\r\n,POINT (5 6)\r\n",
-                           "ambrel-shp: record 1 is left out: BUnknownGeometryException: "
-                           "BShpFile::Read: Multipatch geometry is not supported. (map.shp)\n"
-                           "ambrel-shp: record 3 has no attributes: " +
-                               mismatch + " (map.shp)\n"}));
+                           "ambrel-shp: warning: map.shp: record 1: it is left out: "
+                           "BUnknownGeometryException: BShpFile::Read: Multipatch geometry is not "
+                           "supported.\n"
+                           "ambrel-shp: warning: map.shp: record 3: it has no attributes: " +
+                               mismatch + "\n"}));
     }
 }
 

@@ -2,6 +2,8 @@
 
 #include "ToolRun.h"
 
+#include <algorithm>
+
 namespace Ambrel::Test {
 namespace {
 
@@ -108,17 +110,16 @@ TEST_F(Check, NamesExactlyWhatIsDamagedAndEachProblemOnce) {
     // The first file is opened once more for the records behind the one that throws.
     EXPECT_EQ(RunTool("check ."),
               (ToolRun{2,
-                       "map.shp: DBF file is not valid.  File size does not match computed data "
-                       "size.\n"
-                       "map.shp: Data records are missing or corrupt.\n"
-                       "map.shp: Feature attributes contain default values.\n"
-                       "map.shp: record 1 is not valid: counts do not fit the content; geometry "
-                       "skipped.\n"
-                       "map.shp: record 3: BUnknownGeometryException: BShpFile::Read: Multipatch "
-                       "geometry is not supported.\n"
-                       "map.shp: record 4: Record length from index (40) does not match record "
-                       "length from main file (39): Possible file corruption.\n"
-                       "map.shp: 6 records, 6 problems\n",
+                       "map.shp: the table's size does not fit what its header states\n"
+                       "map.shp: the table's rows are missing or damaged\n"
+                       "map.shp: the attributes hold default values in place of the table's\n"
+                       "map.shp: record 1: it counts more vertices than it has bytes for; its "
+                       "geometry is left out\n"
+                       "map.shp: record 3: it is left out: BUnknownGeometryException: "
+                       "BShpFile::Read: Multipatch geometry is not supported.\n"
+                       "map.shp: record 4: its length is 40 in the index and 39 in the main file\n"
+                       "map.shp: 6 records, 6 problems\n"
+                       "2 files, 6 records, 6 problems in 1 file, 1 unreadable\n",
                        "ambrel-shp: BFileNotFoundException: BShpFile::Open: unreadable.dbf\n"}));
 }
 
@@ -145,8 +146,8 @@ TEST_F(Check, TellsWhatIsKnownOfAFileThatCanNotBeRead) {
     Write(ShapefileBuilder(1).Point(1, 2).Table(TableBuilder().HeaderLength(1)));
     ToolRun const run = RunTool("check map.shp");
     EXPECT_EQ(run, (ToolRun{2,
-                            "map.shp: Header contains invalid values, header length=1, record "
-                            "length=1\n",
+                            "map.shp: the table's header cannot be right: it has 1 byte, and a row "
+                            "1\n",
                             run.err}));
     EXPECT_TRUE(run.err.starts_with("ambrel-shp: BFileContentNotValidException: ")) << run;
 }
@@ -167,6 +168,57 @@ TEST_F(Check, HoldsTheIndexAgainstTheMainFile) {
               .Cut(".shp", 196));
     EXPECT_EQ(RunTool("check map.shp").out, "map.shp: 24 bytes of the last record are missing\n"
                                             "map.shp: 1 record, 1 problem, 1 without measures\n");
+}
+
+TEST_F(Check, TellsOfRingsAndBoxesThatAreNotAsTheyShouldBe) {
+    Vertices const bowTie = {{0, 0}, {9, 9}, {9, 0}, {0, 9}, {0, 0}};
+    ShapefileBuilder builder(5);
+    builder.Polygon({{{0, 0}, {0, 9}, {9, 9}}}).Polygon({bowTie});
+    builder.Polygon({{{0, 0}, {5, 5}, {0, 0}, {0, 0}}});
+    builder.Polygon({{{1, 1}, {1, 2}, {2, 2}, {1, 1}}}).Patch(4, ByteList().Real(-7));
+    Write(builder.Extent(0, 0, 9, 8));
+    EXPECT_EQ(RunTool("check map.shp"),
+              (ToolRun{1,
+                       "map.shp: record 3: the box that it states is not that of its vertices\n"
+                       "map.shp: the box that the header states is not that of the vertices\n"
+                       "map.shp: 4 records, 2 problems, 1 with a part of too few vertices, 1 with "
+                       "an open ring, 1 with a ring that crosses itself, 2 with a ring without "
+                       "area\n",
+                       ""}));
+}
+
+TEST_F(Check, PrintsTenOfAKindAndTheNumberOfTheOthers) {
+    ShapefileBuilder builder(3);
+    for (int i = 0; i < 12; ++i) {
+        builder.Polyline({{{1, 2}, {3, 4}}}).CutContent(50);
+    }
+    Write(builder);
+    auto const lines = [](std::string const& text) {
+        return std::count(text.begin(), text.end(), '\n');
+    };
+    ToolRun const run = RunTool("check map.shp");
+    EXPECT_EQ(lines(run.out), 12) << run;
+    EXPECT_NE(run.out.find("map.shp: … and 2 more of that kind (counts-do-not-fit)\n"),
+              std::string::npos);
+    EXPECT_EQ(lines(RunTool("check --all map.shp").out), 13);
+    EXPECT_EQ(lines(RunTool("export map.shp --format csv").err), 11);
+}
+
+TEST_F(Check, SpeaksToProgramsAndToThoseWhoWantTheBadAlone) {
+    Write(ShapefileBuilder(1).Point(1, 2).Null(), "a");
+    Write(ShapefileBuilder(1).Point(1, 2).ContentLength(9), "b");
+    ToolRun const run = RunTool("check --json .");
+    EXPECT_EQ(run.exitCode, 1) << run;
+    EXPECT_EQ(Json::parse(run.out), Json::parse(R"({"files": [
+        {"path": "a.shp", "records": 2, "problems": 0, "counts": {"null-shape": 1}, "listed": []},
+        {"path": "b.shp", "records": 1, "problems": 1, "counts": {"lengths-differ": 1}, "listed": [
+            {"finding": "lengths-differ", "record": 0,
+             "text": "record 0: its length is 10 in the index and 9 in the main file"}]}],
+        "total": {"records": 3, "problems": 1, "unreadable": 0}})"));
+    EXPECT_EQ(RunTool("check --quiet .").out,
+              "b.shp: record 0: its length is 10 in the index and 9 in the main file\n"
+              "b.shp: 1 record, 1 problem\n");
+    EXPECT_EQ(RunTool("check --quiet a.shp"), Printed(""));
 }
 
 using Select = ToolTest;

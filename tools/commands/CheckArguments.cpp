@@ -10,7 +10,13 @@ namespace {
 
 class CheckArguments final : public Command {
 public:
-    void Declare(CLI::App& app) override { AddPaths(app, options.paths); }
+    void Declare(CLI::App& app) override {
+        AddPaths(app, options.paths);
+        app.add_flag("--all", options.all, "List every problem, not the first ten of each kind");
+        app.add_flag("--quiet", options.quiet, "Print only what is wrong");
+        app.add_flag("--json", options.json, "Print a JSON object, with an array of the files");
+        AddEncoding(app, options.encoding);
+    }
 
     int Run(Console& console) override { return RunCheck(console, options); }
 

@@ -1,5 +1,7 @@
 #include "commands/CompanionCheck.h"
 
+#include "source/FindingReport.h"
+
 #include "ShpReader/format/DbfFormat.h"
 #include "ShpReader/format/ShpFormat.h"
 
@@ -17,7 +19,7 @@ namespace Ambrel::Tool {
 namespace {
 
 /// The rows that the table's header states.
-std::uint64_t RowCount(BString const& table) {
+std::int64_t RowCount(BString const& table) {
     std::array<char, DbfHeader::size> bytes{};
     BInputFile const file(table);
     bool const isWhole = file.IsOpen() && file.Read(0, bytes.data(), bytes.size()) == bytes.size();
@@ -71,57 +73,50 @@ bool HasRecordAt(QFile& mainFile, std::int64_t position) {
 }
 
 /// How many of the sorted offsets are the same as the one before.
-std::uint64_t RepeatedIn(std::vector<std::int32_t> const& offsets) {
-    std::uint64_t repeated = 0;
+std::int64_t RepeatedIn(std::vector<std::int32_t> const& offsets) {
+    std::int64_t repeated = 0;
     for (std::size_t i = 1; i < offsets.size(); ++i) {
         repeated += offsets[i] == offsets[i - 1];
     }
     return repeated;
 }
 
-std::string Count(std::uint64_t count, std::string const& singular, std::string const& plural) {
-    return std::to_string(count) + " " + (count == 1 ? singular : plural);
-}
-
 } // namespace
 
-std::vector<std::string> CompanionProblems(BString const& shapefile) {
+void CheckCompanions(BString const& shapefile, FindingReport& report) {
     auto const companion = [&](char const* extension) {
         return BFileUtilities::ChangeExtension(shapefile, BString::FromUtf8(extension));
     };
-    std::vector<std::string> problems;
+    auto const add = [&](ToolFinding code, std::vector<std::int64_t> const& values) {
+        report.Add(code, {}, {values.begin(), values.end()});
+    };
     QFile index(MakeQString(companion(".shx")));
     if (!index.open(QIODevice::ReadOnly)) {
-        return {"the index can not be opened"};
+        return add(INDEX_UNREADABLE, {});
     }
     auto const indexSize = static_cast<std::uint32_t>(index.size());
     std::uint32_t const records = ShpIndexEntry::CountIn(indexSize);
     if (ShpIndexEntry::PositionOf(records) != indexSize) {
-        problems.push_back("the index is cut");
+        add(INDEX_CUT, {});
     }
     IndexedRecords const indexed = ReadIndex(index);
     QFile mainFile(MakeQString(shapefile));
     if (!mainFile.open(QIODevice::ReadOnly)) {
-        return {"the main file can not be opened"};
+        return add(MAIN_FILE_UNREADABLE, {});
     }
-    if (std::uint64_t const repeated = RepeatedIn(indexed.offsets); repeated > 0) {
-        problems.push_back(Count(repeated, "index entry names", "index entries name") +
-                           " a record that another one names");
+    if (std::int64_t const repeated = RepeatedIn(indexed.offsets); repeated > 0) {
+        add(INDEX_REPEATS_RECORDS, {repeated});
     }
     if (HasRecordAt(mainFile, indexed.end)) {
-        problems.push_back("there is a record behind the last one that the index names");
+        add(RECORD_BEHIND_LAST, {});
     }
     if (indexed.lastStart < mainFile.size() && mainFile.size() < indexed.end) {
-        problems.push_back(
-            Count(static_cast<std::uint64_t>(indexed.end - mainFile.size()), "byte", "bytes") +
-            " of the last record are missing");
+        add(LAST_RECORD_CUT, {indexed.end - mainFile.size()});
     }
-    std::uint64_t const rows = RowCount(companion(".dbf"));
+    std::int64_t const rows = RowCount(companion(".dbf"));
     if (rows != records) {
-        problems.push_back("the table has " + Count(rows, "row", "rows") + " for " +
-                           Count(records, "record", "records"));
+        add(ROW_COUNT_DIFFERS, {rows, records});
     }
-    return problems;
 }
 
 } // namespace Ambrel::Tool

@@ -2,13 +2,12 @@
 
 #include "Ambrel/BString.h"
 
-#include <string>
-#include <vector>
-
 namespace Ambrel::Tool {
 
-/// Where the main file, the index and the table of a shapefile that can be opened do not agree,
-/// one text each. A reader takes the records that the index names, and does not see what it lost.
-std::vector<std::string> CompanionProblems(BString const& shapefile);
+class FindingReport;
+
+/// Reports where the main file, the index and the table of a shapefile that can be opened do not
+/// agree. A reader takes the records that the index names, and does not see what it lost.
+void CheckCompanions(BString const& shapefile, FindingReport& report);
 
 } // namespace Ambrel::Tool

@@ -4,6 +4,7 @@
 #include "commands/ForEachFile.h"
 #include "formats/Format.h"
 #include "formats/GeometryWalk.h"
+#include "source/FindingReport.h"
 #include "terminal/Console.h"
 
 namespace Ambrel::Tool {
@@ -27,10 +28,10 @@ bool LiesIn(BRect const& window, BFeature const& feature) {
 /// Hands the features of one layer to a writer, those alone and in that shape that were asked for.
 class Export {
 public:
-    Export(Console& newConsole, BString const& newFile, ExportOptions const& newOptions,
-           FeatureWriter& newWriter, std::unique_ptr<BTransform> newTransform)
-        : console(newConsole), file(newFile), options(newOptions), writer(newWriter),
-          transform(std::move(newTransform)) {}
+    Export(Console& theConsole, ExportOptions const& theOptions, FeatureWriter& theWriter,
+           std::unique_ptr<BTransform> theTransform)
+        : console(theConsole), options(theOptions), writer(theWriter),
+          transform(std::move(theTransform)) {}
 
     /// Changes the geometry where a transformation was asked for.
     void Take(std::uint64_t record, BFeature& feature) const {
@@ -47,17 +48,17 @@ private:
             return nullptr;
         }
         if (!IsFinite(*geometry)) {
-            return LeaveOut(record, " has coordinates that are no numbers");
+            return LeaveOut(record, GEOMETRY_NOT_FINITE);
         }
         if (transform && !Transforms(*geometry)) {
-            return LeaveOut(record, " has no position in WGS 84");
+            return LeaveOut(record, GEOMETRY_NOT_TRANSFORMED, {"WGS 84"});
         }
         return geometry;
     }
 
-    BGeometry const* LeaveOut(std::uint64_t record, char const* reason) const {
-        PrintWarning(console, std::string(file.Utf8()) + ": record " + std::to_string(record) +
-                                  reason + "; its geometry is left out");
+    BGeometry const* LeaveOut(std::uint64_t record, ToolFinding why,
+                              std::vector<BLogValue> const& values = {}) const {
+        console.report->Add(why, record, values);
         return nullptr;
     }
 
@@ -71,7 +72,6 @@ private:
     }
 
     Console& console;
-    BString file;
     ExportOptions const& options;
     FeatureWriter& writer;
     std::unique_ptr<BTransform> transform;
@@ -87,9 +87,9 @@ void RequireField(BAttributeDefs const& schema, std::string const& name) {
                                 BString::FromUtf8("there is no field " + name));
 }
 
-/// Returns how many records could not be exported whole.
-std::uint64_t ExportFile(Console& console, BString const& file, std::string const& outputPath,
-                         ExportOptions const& options) {
+/// False where a record could not be exported whole.
+bool ExportFile(Console& console, BString const& file, std::string const& outputPath,
+                ExportOptions const& options) {
     Source source(console, file, options.source);
     if (!options.source.attributeZ.empty()) {
         RequireField(source.Layer().GetSchema(), options.source.attributeZ);
@@ -101,14 +101,19 @@ std::uint64_t ExportFile(Console& console, BString const& file, std::string cons
     }
     std::unique_ptr<FeatureWriter> const writer =
         FormatFor(options.format, outputPath).make(console, outputPath, options.formatOptions);
-    Export const task(console, file, options, *writer, std::move(transform));
+    Export const task(console, options, *writer, std::move(transform));
     writer->BeginLayer(layer);
-    std::uint64_t const problems =
+    PassageCounts const counts =
         PassFeatures(console, file, source,
                      [&](std::uint64_t record, BFeature& feature) { task.Take(record, feature); });
     writer->EndLayer();
     writer->Finish();
-    return problems;
+    if (counts.deleted > 0) {
+        PrintWarning(console, std::string(file.Utf8()) + ": " +
+                                  Counted(counts.deleted, "deleted row is|deleted rows are") +
+                                  " left out; --with-deleted keeps them");
+    }
+    return !console.report->HasLoss();
 }
 
 } // namespace
@@ -116,14 +121,14 @@ std::uint64_t ExportFile(Console& console, BString const& file, std::string cons
 int RunExport(Console& console, ExportOptions const& options) {
     int failed = 0;
     std::vector<Input> const inputs = FindInputs(console, options.paths, failed);
-    std::uint64_t problems = 0;
+    bool isWhole = true;
     for (ExportTarget const& target : PlanExport(inputs, options)) {
         failed += !Survives(console, target.input.file.Utf8(), [&] {
             MakeFolderOf(target);
-            problems += ExportFile(console, target.input.file, target.path, options);
+            isWhole = ExportFile(console, target.input.file, target.path, options) && isWhole;
         });
     }
-    return failed > 0 || problems > 0 ? EXIT_PROBLEM : EXIT_OK;
+    return failed > 0 || !isWhole ? EXIT_PROBLEM : EXIT_OK;
 }
 
 } // namespace Ambrel::Tool

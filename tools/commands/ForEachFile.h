@@ -1,16 +1,18 @@
 #pragma once
 
+#include "source/FindingReport.h"
 #include "source/Inputs.h"
 #include "source/Source.h"
 #include "terminal/Console.h"
 
 namespace Ambrel::Tool {
 
-/// Runs the action on the file and prints what it throws, naming the file; false then. What stops
-/// the tool as a whole goes through.
+/// Runs the action on the file, with a report of what is found in it, and prints what it throws,
+/// naming the file; false then. What stops the tool as a whole goes through.
 template <class Action>
 bool Survives(Console& console, std::string_view file, Action&& action) {
     console.file = file;
+    FindingReport const report(console, file);
     try {
         action();
         return true;

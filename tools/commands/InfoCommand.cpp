@@ -3,15 +3,12 @@
 #include "formats/TextFormat.h"
 #include "terminal/Console.h"
 
-#include "ShpReader/format/ShpFormat.h"
+#include "source/FileHeader.h"
 
 #include "Ambrel/BException.h"
 
 #include <nlohmann/json.hpp>
 
-#include <QFile>
-
-#include <array>
 #include <cmath>
 
 namespace Ambrel::Tool {
@@ -37,17 +34,6 @@ std::string_view FieldTypeName(EVariantType type) {
 std::string_view ClassName(EGeometryClass geometryClass) {
     constexpr std::string_view names[] = {"none", "points", "lines", "areas", "multipoints"};
     return geometryClass < std::size(names) ? names[geometryClass] : names[0];
-}
-
-/// The header of a main file that a reader has found to be valid.
-ShpFileHeader HeaderOf(BString const& file) {
-    std::array<char, ShpFileHeader::size> bytes{};
-    QFile mainFile(MakeQString(file));
-    if (!mainFile.open(QIODevice::ReadOnly) ||
-        mainFile.read(bytes.data(), bytes.size()) != static_cast<qint64>(bytes.size())) {
-        throw BFileNotFoundException(BString::FromUtf8("info"), file);
-    }
-    return ShpFileHeader::Decode(reinterpret_cast<std::uint8_t const*>(bytes.data()));
 }
 
 /// A number that JSON has no form for becomes null.
@@ -79,7 +65,7 @@ Json FieldsOf(BAttributeDefs const& schema) {
 
 Json DescribeLayer(BString const& file, Source& source) {
     BVectorLayer& layer = source.Layer();
-    std::int32_t const shapeType = HeaderOf(file).shapeType;
+    std::int32_t const shapeType = HeaderOf(file).value_or(ShpFileHeader()).shapeType;
     BRect const extent = source.Extent();
     BCoordSys const* const crs = layer.GetCoordSys().Get();
     auto const code = crs ? crs->GetEpsgCode() : std::nullopt;

@@ -100,14 +100,7 @@ void KeepWhole(std::string& word) {
 }
 
 int RunCommand(Command& command, Console& console) {
-    Log const log(console.verbose ? LOG_DETAIL : LOG_WARNING,
-                  [&](ELogSeverity severity, std::string_view line) {
-                      if (severity <= LOG_WARNING) {
-                          PrintWarning(console, line);
-                      } else {
-                          console.err.Write(OneLine(InUsersNames(std::string(line))) + "\n");
-                      }
-                  });
+    Log const log(console);
     return command.Run(console);
 }
 

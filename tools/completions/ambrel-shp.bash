@@ -50,6 +50,7 @@ _ambrel_shp() {
                 options+=" --encoding --mode --geometry --precision"
                 ;;
             table) options+=" --fields --records --limit --encoding" ;;
+            check) options+=" --all --quiet --json --encoding" ;;
             select) options+=" --bbox --json" ;;
             draw) options+=" --output --size --bbox --style" ;;
         esac

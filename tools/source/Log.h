@@ -4,33 +4,31 @@
 
 namespace Ambrel::Tool {
 
-/// Takes the lines of the process's logger while it lives.
+struct Console;
+
+/// Takes what the process's logger tells while a command runs, and gives it to the console's report
+/// of findings; where there is none, warnings are printed. The whole log is shown where the user
+/// wants it.
 class Log final {
 public:
-    Log(ELogSeverity threshold, BLogger::Sink sink)
-        : formerThreshold(BLogger::Instance()->GetThreshold()),
-          formerSink(BLogger::Instance()->SetSink(std::move(sink))) {
-        BLogger::Instance()->SetThreshold(threshold);
-    }
-    ~Log() {
-        BLogger::Instance()->SetThreshold(formerThreshold);
-        BLogger::Instance()->SetSink(std::move(formerSink));
-    }
+    explicit Log(Console& console);
+    ~Log();
     Log(Log const&) = delete;
     Log& operator=(Log const&) = delete;
 
 private:
     ELogSeverity formerThreshold;
     BLogger::Sink formerSink;
+    BLogger::EntrySink formerEntrySink;
 };
 
 /// Keeps what has been said before from being said again while it lives.
 class Silence final {
 public:
-    Silence() : log(LOG_FATAL, [](ELogSeverity, std::string_view) {}) {}
-
-private:
-    Log log;
+    Silence() noexcept;
+    ~Silence();
+    Silence(Silence const&) = delete;
+    Silence& operator=(Silence const&) = delete;
 };
 
 } // namespace Ambrel::Tool

@@ -29,6 +29,10 @@ BParamList OptionsOfOpen(SourceOptions const& options) {
     if (!options.encoding.empty()) {
         params.SetValue(BString::FromUtf8("ENCODING"), BString::FromUtf8(options.encoding));
     }
+    params.Add(BString::FromUtf8("MISSING_AS_NULL"), true);
+    params.Add(BString::FromUtf8("SKIP_DELETED"), !options.withDeleted);
+    params.Add(BString::FromUtf8("MEASURES_ALWAYS"), options.withMeasures);
+    params.Add(BString::FromUtf8("SALVAGE"), true);
     return params;
 }
 

@@ -20,8 +20,11 @@ struct Console;
 struct SourceOptions {
     HoldMode mode = HoldMode::Direct;
     bool useAttributes = true;
-    std::string attributeZ{}; ///< the attribute that gives Z; empty for none
-    std::string encoding{};   ///< empty: what the file states
+    std::string attributeZ{};  ///< the attribute that gives Z; empty for none
+    std::string encoding{};    ///< empty: what the file states
+    bool withDeleted = false;  ///< records whose table rows are marked as deleted are delivered too
+    bool withMeasures = false; ///< measures are delivered whatever the header's range says
+    std::string crs{};         ///< states the coordinate system; empty: the ".prj" file does
 };
 
 /// One shapefile, opened with a reader of its own so that a bad one does not stop the others.

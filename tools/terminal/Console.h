@@ -51,14 +51,17 @@ private:
     TextSink& target;
 };
 
+class FindingReport;
+
 /// Where a command reports to, and what its user wants to see there.
 struct Console {
     TextSink& out;
     TextSink& err;
-    bool colors = false;       ///< `out` is a terminal that shall show colours
-    bool showProgress = false; ///< `err` is a terminal
-    bool verbose = false;      ///< show the whole log
-    std::string file = {};     ///< what is being worked on: warnings name it
+    bool colors = false;             ///< `out` is a terminal that shall show colours
+    bool showProgress = false;       ///< `err` is a terminal
+    bool verbose = false;            ///< show the whole log
+    std::string file = {};           ///< what is being worked on: warnings name it
+    FindingReport* report = nullptr; ///< of what is found in that file; null: there is none
 };
 
 /// What ends the tool's work as a whole: no other file or record would fare better.
