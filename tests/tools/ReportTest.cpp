@@ -19,9 +19,9 @@ TEST_F(Info, DescribesALayerForProgramsAndForPeople) {
     EXPECT_EQ(RunForJson("--json map"), Json::parse(R"([{
         "name": "map", "path": "map.shp",
         "shapeType": 15, "shapeTypeName": "PolygonZ", "geometryClass": "areas",
-        "records": 2,
+        "records": 2, "deletedRows": 0,
         "extent": [-1.0, 2.0, 4.0, 5.0], "zRange": [7.0, 9.0], "measureRange": [1.0, 3.0],
-        "crs": "WGS 84", "epsg": 4326,
+        "crs": "WGS 84", "epsg": 4326, "encoding": {"name": "UTF-8", "from": ".cpg file"},
         "fields": [{"name": "größe", "type": "string", "width": 12, "decimals": 0},
                    {"name": "small", "type": "integer", "width": 4, "decimals": 0},
                    {"name": "large", "type": "integer64", "width": 12, "decimals": 0},
@@ -36,6 +36,7 @@ TEST_F(Info, DescribesALayerForProgramsAndForPeople) {
   z         7 to 9
   measures  1 to 3
   crs       WGS 84 (EPSG:4326)
+  encoding  UTF-8 (.cpg file)
   fields    größe         string(12)
             small         integer(4)
             large         integer64(12)
@@ -43,6 +44,8 @@ TEST_F(Info, DescribesALayerForProgramsAndForPeople) {
             day           date(8)
             yes           boolean(1)
 )"));
+    EXPECT_EQ(RunTool("info --brief map.shp"),
+              Printed("map.shp: PolygonZ, 2 records, WGS 84 (EPSG:4326)\n"));
 }
 
 TEST_F(Info, SaysWhatIsNotKnown) {

@@ -61,6 +61,11 @@ void AddEncoding(CLI::App& app, std::string& encoding) {
     app.add_option("--encoding", encoding, encodingHelp)->type_name("NAME");
 }
 
+void AddWithDeleted(CLI::App& app, bool& withDeleted) {
+    app.add_flag("--with-deleted", withDeleted,
+                 "Keep the records whose table rows are marked as deleted");
+}
+
 void AddFields(CLI::App& app, std::string& fields) {
     app.add_option("--fields", fields, "Only these fields, in this order (default: all)")
         ->type_name("A,B,...");

@@ -23,6 +23,8 @@ constexpr char const* windowHelp = "Rectangle in the layer's own map units";
 void AddPaths(CLI::App& app, InputPaths& paths);
 /// "--encoding".
 void AddEncoding(CLI::App& app, std::string& encoding);
+/// "--with-deleted".
+void AddWithDeleted(CLI::App& app, bool& withDeleted);
 /// "--fields", as text for FieldList.
 void AddFields(CLI::App& app, std::string& fields);
 /// "--records", as text for ParseRecords.

@@ -30,6 +30,9 @@ public:
                        "Field whose value becomes Z (single points, lines and polygons)")
             ->type_name("NAME");
         AddEncoding(app, options.source.encoding);
+        AddWithDeleted(app, options.source.withDeleted);
+        app.add_flag("--measures", options.source.withMeasures,
+                     "Write measures that the header's range hides");
         app.add_option("--mode", mode,
                        "Where features are meanwhile: stream (default), memory, cache (on disk) or "
                        "direct; the result is the same")

@@ -13,6 +13,7 @@ public:
     void Declare(CLI::App& app) override {
         AddPaths(app, options.paths);
         app.add_flag("--json", options.json, "Print a JSON array, one object a layer");
+        app.add_flag("--brief", options.brief, "Print one line for each layer");
         AddEncoding(app, options.encoding);
     }
 

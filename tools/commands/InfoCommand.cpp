@@ -3,6 +3,8 @@
 #include "formats/TextFormat.h"
 #include "terminal/Console.h"
 
+#include "source/DeletedRows.h"
+#include "source/Encoding.h"
 #include "source/FileHeader.h"
 
 #include "Ambrel/BException.h"
@@ -63,7 +65,15 @@ Json FieldsOf(BAttributeDefs const& schema) {
     return fields;
 }
 
-Json DescribeLayer(BString const& file, Source& source) {
+/// Where the name is null, texts are UTF-8 where they are valid UTF-8, and Windows-1252 where not.
+Json EncodingOf(BString const& file, std::string const& wanted) {
+    StatedEncoding const stated = FindEncoding(file, wanted);
+    bool const isKnown = !stated.name.empty() && FindCodec(stated.name);
+    return {{"name", isKnown ? Json(stated.name) : Json(nullptr)},
+            {"from", isKnown ? Json(stated.origin) : Json(nullptr)}};
+}
+
+Json DescribeLayer(BString const& file, Source& source, InfoOptions const& options) {
     BVectorLayer& layer = source.Layer();
     std::int32_t const shapeType = HeaderOf(file).value_or(ShpFileHeader()).shapeType;
     BRect const extent = source.Extent();
@@ -76,12 +86,14 @@ Json DescribeLayer(BString const& file, Source& source) {
     description["shapeTypeName"] = ShapeTypeName(shapeType);
     description["geometryClass"] = ClassName(layer.GetSingleGeometryClass());
     description["records"] = layer.GetFeatures().GetCount();
+    description["deletedRows"] = CountDeletedRows(file);
     description["extent"] = {Number(extent.xMin), Number(extent.yMin), Number(extent.xMax),
                              Number(extent.yMax)};
     description["zRange"] = RangeOf(layer, "ShpMinZCoord", "ShpMaxZCoord");
     description["measureRange"] = RangeOf(layer, "ShpMinMeasure", "ShpMaxMeasure");
     description["crs"] = crs ? Json(crs->GetName().Utf8()) : Json(nullptr);
     description["epsg"] = code ? Json(*code) : Json(nullptr);
+    description["encoding"] = EncodingOf(file, options.encoding);
     description["fields"] = FieldsOf(layer.GetSchema());
     return description;
 }
@@ -123,6 +135,32 @@ std::string CrsText(Json const& layer) {
     return layer["epsg"].is_null() ? name : name + " (EPSG:" + layer["epsg"].dump() + ")";
 }
 
+std::string RecordsText(Json const& layer) {
+    std::uint64_t const deleted = layer["deletedRows"];
+    std::string const text = layer["records"].dump();
+    return deleted == 0 ? text
+                        : text + ", of which " + std::to_string(deleted) + " marked as deleted";
+}
+
+std::string EncodingText(Json const& encoding) {
+    if (encoding["name"].is_null()) {
+        return "not stated: UTF-8 where valid, else Windows-1252";
+    }
+    std::string const name = encoding["name"];
+    std::string const origin = encoding["from"];
+    return name + " (" + origin + ")";
+}
+
+/// One line.
+std::string BriefText(Json const& layer) {
+    std::string const path = layer["path"];
+    std::string const type = layer["shapeTypeName"];
+    std::uint64_t const records = layer["records"];
+    return OneLine(path + ": " + (type.empty() ? "unknown type" : type) + ", " +
+                   Counted(records, "record|records") + ", " + CrsText(layer)) +
+           "\n";
+}
+
 std::string FieldText(Json const& field) {
     std::string text = field["type"];
     text += "(" + field["width"].dump();
@@ -151,11 +189,12 @@ std::string LayerText(Json const& layer, bool colors) {
     std::string text = colors ? "\033[1m" + name + "\033[0m\n" : name + "\n";
     text += Row("file", layer["path"]);
     text += Row("type", TypeText(layer));
-    text += Row("records", layer["records"].dump());
+    text += Row("records", RecordsText(layer));
     text += Row("extent", ExtentText(layer["extent"]));
     text += Row("z", RangeText(layer["zRange"]));
     text += Row("measures", RangeText(layer["measureRange"]));
     text += Row("crs", CrsText(layer));
+    text += Row("encoding", EncodingText(layer["encoding"]));
     std::string label = "fields";
     for (Json const& field : layer["fields"]) {
         text += Row(label, Pad(field["name"], 14) + FieldText(field));
@@ -171,10 +210,13 @@ int RunInfo(Console& console, InfoOptions const& options) {
     bool isFirst = true;
     int const failed = ForEachFile(console, options.paths, [&](BString const& file) {
         Source source(console, file, {.encoding = options.encoding});
-        Json layer = DescribeLayer(file, source);
+        Json layer = DescribeLayer(file, source, options);
         if (options.json) {
             layers.push_back(std::move(layer));
             return;
+        }
+        if (options.brief) {
+            return console.out.Write(BriefText(layer));
         }
         console.out.Write((isFirst ? "" : "\n") + LayerText(layer, console.colors));
         isFirst = false;

@@ -12,6 +12,7 @@ struct Console;
 struct InfoOptions {
     InputPaths paths;
     bool json = false;
+    bool brief = false;   ///< one line for each layer
     std::string encoding; ///< empty: what each file states
 };
 

@@ -14,6 +14,7 @@ public:
         AddPaths(app, options.paths);
         AddWindow(app, window);
         app.get_option("--bbox")->required();
+        AddWithDeleted(app, options.withDeleted);
         app.add_flag("--json", options.json, "Print a JSON array");
     }
 

@@ -9,7 +9,7 @@ namespace Ambrel::Tool {
 int RunSelect(Console& console, SelectOptions const& options) {
     BString const file = TheInput(console, options.paths).file;
     bool const isDone = Survives(console, file.Utf8(), [&] {
-        Source source(console, file, {.useAttributes = false});
+        Source source(console, file, {.useAttributes = false, .withDeleted = options.withDeleted});
         std::vector<std::uint64_t> records;
         source.Layer().GetFeatures().SelectFeatures(options.window, BParamList(), records);
         OutputFile output(console, "-");

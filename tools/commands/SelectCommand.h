@@ -13,7 +13,8 @@ struct Console;
 
 struct SelectOptions {
     InputPaths paths;
-    BRect window; ///< map units of the layer
+    BRect window;             ///< map units of the layer
+    bool withDeleted = false; ///< also records whose table rows are marked as deleted
     bool json = false;
 };
 

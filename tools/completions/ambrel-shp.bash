@@ -44,14 +44,14 @@ _ambrel_shp() {
         [ -z "$command" ] || options+=" --recursive --unpack-limit"
         case $command in
             "") options+=" --version" ;;
-            info) options+=" --json --encoding" ;;
+            info) options+=" --json --brief --encoding" ;;
             export)
                 options+=" --output --format --bbox --to-wgs84 --no-attributes --z-attribute"
-                options+=" --encoding --mode --geometry --precision"
+                options+=" --encoding --mode --geometry --precision --with-deleted --measures"
                 ;;
             table) options+=" --fields --records --limit --encoding" ;;
             check) options+=" --all --quiet --json --encoding" ;;
-            select) options+=" --bbox --json" ;;
+            select) options+=" --bbox --json --with-deleted" ;;
             draw) options+=" --output --size --bbox --style" ;;
         esac
         _ambrel_shp_words "$options" "$current"

@@ -33,20 +33,6 @@ QByteArray HeadOfCompanion(BString const& shapefile, char const* extension, qint
     return file.open(QIODevice::ReadOnly) ? file.read(size) : QByteArray();
 }
 
-/// The file's own statement of its encoding; empty when there is none.
-std::string StatedEncoding(BString const& shapefile) {
-    QByteArray const cpg = HeadOfCompanion(shapefile, ".cpg", longestCpg);
-    std::string const name(
-        TrimEncodingName({cpg.constData(), static_cast<std::size_t>(cpg.size())}));
-    if (!name.empty()) {
-        return name;
-    }
-    QByteArray const table = HeadOfCompanion(shapefile, ".dbf", DbfHeader::size);
-    return table.size() == DbfHeader::size
-               ? std::string(GetCodePage(DbfHeader::Decode(table.constData()).GetLanguage()))
-               : std::string();
-}
-
 } // namespace
 
 QTextCodec const* FindCodec(std::string_view name) {
@@ -59,8 +45,26 @@ QTextCodec const* FindCodec(std::string_view name) {
     return nullptr;
 }
 
+StatedEncoding FindEncoding(BString const& shapefile, std::string const& wanted) {
+    if (!wanted.empty()) {
+        return {wanted, "--encoding"};
+    }
+    QByteArray const cpg = HeadOfCompanion(shapefile, ".cpg", longestCpg);
+    std::string const name(
+        TrimEncodingName({cpg.constData(), static_cast<std::size_t>(cpg.size())}));
+    if (!name.empty()) {
+        return {name, ".cpg file"};
+    }
+    QByteArray const table = HeadOfCompanion(shapefile, ".dbf", DbfHeader::size);
+    std::string_view const codePage =
+        table.size() == DbfHeader::size
+            ? GetCodePage(DbfHeader::Decode(table.constData()).GetLanguage())
+            : std::string_view();
+    return {std::string(codePage), codePage.empty() ? "" : "table"};
+}
+
 std::string ChooseEncoding(Console& console, BString const& shapefile, std::string const& wanted) {
-    std::string const name = wanted.empty() ? StatedEncoding(shapefile) : wanted;
+    std::string const name = FindEncoding(shapefile, wanted).name;
     if (name.empty() || FindCodec(name)) {
         return name;
     }
