@@ -5,6 +5,7 @@
 #include "Ambrel/BLogger.h"
 #include "Ambrel/Constants.h"
 #include "ShpReader/BShpFeatureCollection.h"
+#include "ShpReader/dbf/TextDecoder.h"
 
 #include <new>
 

@@ -2,12 +2,9 @@
 
 #include "Ambrel/BException.h"
 #include "Ambrel/BFileUtilities.h"
-#include "Ambrel/BInputFile.h"
 #include "Ambrel/BLogger.h"
-#include "ShpReader/Report.h"
+#include "ShpReader/dbf/DbfTable.h"
 #include "ShpReader/writing/DbfWriter.h"
-
-#include <array>
 
 namespace Ambrel {
 
@@ -27,7 +24,7 @@ BDbfFile::~BDbfFile() {
 }
 
 void BDbfFile::Open(BString const& fileName, std::uint32_t newMode, bool strict) {
-    if (input || writer) {
+    if (table || writer) {
         throw BAlreadyOpenException(openOperation, fileName);
     }
     try {
@@ -41,26 +38,16 @@ void BDbfFile::Open(BString const& fileName, std::uint32_t newMode, bool strict)
             OpenToWrite(fileName);
         }
     } catch (BException const&) {
-        input.reset();
-        writer.reset();
+        LetGo();
         throw;
     } catch (std::exception const& failure) {
-        input.reset();
-        writer.reset();
+        LetGo();
         throw BException("Ambrel Exception", openOperation, failure.what());
     }
 }
 
 void BDbfFile::OpenToRead(BString const& fileName, bool strict) {
-    decoder = TextDecoder(options.encoding, openOperation);
-    input = std::make_unique<BInputFile>(path);
-    if (!input->IsOpen()) {
-        BFileNotFoundException failure(openOperation, fileName);
-        failure.SetReason(input->GetOpenError());
-        throw failure;
-    }
-    ReadHeader();
-    CheckSize(strict);
+    table = std::make_unique<DbfTable>(fileName, path, options, strict);
     ReadSchema();
 }
 
@@ -72,46 +59,25 @@ void BDbfFile::OpenToWrite(BString const& fileName) {
     }
 }
 
-void BDbfFile::ReadHeader() {
-    std::array<char, DbfHeader::size> bytes{};
-    bool const isWhole = input->Read(0, bytes.data(), bytes.size()) == bytes.size();
-    header = DbfHeader::Decode(bytes.data());
-    if (!isWhole || !header.IsValid()) {
-        Note(FindingCode::TableHeaderNotValid, {header.headerLength, header.recordLength});
-        ThrowNotValid();
-    }
-}
-
-void BDbfFile::CheckSize(bool strict) {
-    fileSize = static_cast<std::int64_t>(input->GetSizeAtOpen());
-    switch (MatchTableSize(header, fileSize)) {
-    case DbfSizeMatch::Exact: return;
-    case DbfSizeMatch::WithoutDeletionFlag: ++header.recordLength; return;
-    case DbfSizeMatch::None: break;
-    }
-    Note(FindingCode::TableSizeMismatch);
-    Note(FindingCode::TableRecordsMissing);
-    if (strict) {
-        ThrowNotValid();
-    }
-    useDefaultValues = true;
-    Note(FindingCode::TableDefaultValues);
-}
-
-void BDbfFile::Note(FindingCode code, std::vector<BLogValue> values) const {
-    Report({.code = code, .file = path.Ascii(), .values = std::move(values)});
-}
-
-void BDbfFile::ThrowNotValid() const {
-    throw BFileContentNotValidException(
-        openOperation, BString::Format("%ls is not a valid DBF file.", path.c_str()));
-}
-
 void BDbfFile::RequireMode(std::uint32_t requiredMode, char const* operation) const {
-    bool const isOpen = mode == readMode ? input != nullptr : writer != nullptr;
+    bool const isOpen = mode == readMode ? table != nullptr : writer != nullptr;
     if (!isOpen || mode != requiredMode) {
         throw BNotOpenException(operation, BString::Format("File=%s", path.Ascii()));
     }
+}
+
+void BDbfFile::LetGo() noexcept {
+    sharedRows.reset();
+    table.reset();
+    writer.reset();
+}
+
+BAttributeDefs const& BDbfFile::GetSchema() const noexcept {
+    return table ? table->GetSchema().definitions : schema;
+}
+
+DbfHeader const& BDbfFile::GetHeader() const noexcept {
+    return table ? table->GetHeader() : header;
 }
 
 void BDbfFile::Close() {

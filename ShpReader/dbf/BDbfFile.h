@@ -1,11 +1,7 @@
 #pragma once
 
 #include "Ambrel/BFeature.h"
-#include "ShpReader/dbf/DbfFieldConversion.h"
-#include "ShpReader/dbf/RecordWindow.h"
-#include "ShpReader/dbf/TextDecoder.h"
 #include "ShpReader/format/DbfFormat.h"
-#include "ShpReader/format/Findings.h"
 #include "ShpReader/format/ReadOptions.h"
 
 #include <cstdint>
@@ -15,7 +11,8 @@
 
 namespace Ambrel {
 
-class BInputFile;
+class DbfRowReader;
+class DbfTable;
 class DbfWriter;
 
 /// The dBASE table of a shapefile: one record of attribute values for each geometry record, in the
@@ -24,8 +21,8 @@ class DbfWriter;
 /// Reading: Open in mode 1, then ReadAttributeRecord for any record, in any order.
 /// Writing: Open in mode 2, PrepareForWriting, WriteAttributeRecord for each record, Close.
 ///
-/// A table is used by one thread at a time, except that records may be read with a handle of their
-/// own (`useOwnHandle` false) by several threads at once.
+/// A table is used by one thread at a time, except that IsDeleted, and ReadAttributeRecord with
+/// `useOwnHandle` false, may be called by several threads at once.
 class BDbfFile {
 public:
     static constexpr std::uint32_t readMode = 1;
@@ -42,7 +39,8 @@ public:
 
     /// Opens a table for reading (mode 1) or empties it for writing (any other mode). When a table
     /// that is read has not the size that its header says, `strict` makes that an error; otherwise
-    /// every record has default values. Called once for each object.
+    /// every record has default values or, with the option `salvage`, the records that the file
+    /// does not hold whole have nulls. Called once for each object.
     ///
     /// Throws BFileNotFoundException when the file does not open or is no regular file,
     /// BFileContentNotValidException for a malformed header (and a wrong size when strict),
@@ -65,26 +63,29 @@ public:
     virtual void Write();
 
     /// Reads the field descriptors again; Open has done so already. Descriptors that the file does
-    /// not hold whole are no fields. Throws BNotOpenException.
+    /// not hold whole are no fields. Nobody else may use the table meanwhile. Throws
+    /// BNotOpenException.
     void ReadSchema();
 
     /// One definition for each field, in the order of the fields.
-    BAttributeDefs const& GetSchema() const noexcept { return schema; }
+    BAttributeDefs const& GetSchema() const noexcept;
 
     /// The header's record count. Throws BNotOpenException when the table is not open for reading.
     std::uint32_t GetAttributeRecordCount() const;
 
     /// Appends the values of record `index`, one attribute for each field. With `useOwnHandle` the
-    /// table's open handle and its record buffer are used, and records that follow are read ahead;
-    /// without, a handle and a buffer made for this call. Default values, of a table that has not
-    /// the size that its header says and of a record that the file does not hold whole, replace the
-    /// list.
+    /// table's one buffer is used, and records that follow are read ahead; without, a buffer made
+    /// for this call. Either reads through the open handle. What stands for a record that cannot
+    /// be read replaces the list: default values, of a table that has not the size that its header
+    /// says and of a record that the file does not hold whole; nulls where such a table is
+    /// salvaged.
     ///
-    /// Throws BNotOpenException, BIndexOutOfBoundsException, and BFileNotFoundException when the
-    /// handle made for this call does not open.
+    /// Throws BNotOpenException, BIndexOutOfBoundsException.
     void ReadAttributeRecord(std::uint32_t index, BAttributes& attributes, bool useOwnHandle);
 
-    /// Whether record `index` is marked as deleted.
+    /// Whether record `index` is marked as deleted, which changes nothing in how it is read. False
+    /// for a record that is not there, and where all records have default values. Each mark is read
+    /// once. Several threads may ask at once. Throws BNotOpenException, std::bad_alloc.
     bool IsDeleted(std::uint32_t index) const;
 
     /// Converts one field of a record: `offset` and the definition's width, in bytes, say where it
@@ -121,42 +122,29 @@ public:
     /// Records written since the table was opened.
     std::uint32_t GetRecordsWritten() const noexcept;
     /// The header, as it was read or will be written.
-    DbfHeader const& GetHeader() const noexcept { return header; }
+    DbfHeader const& GetHeader() const noexcept;
 
 private:
     void OpenToRead(BString const& fileName, bool strict);
     void OpenToWrite(BString const& fileName);
-    void ReadHeader();
-    void CheckSize(bool strict);
-    [[noreturn]] void ThrowNotValid() const;
-    /// Reports a finding about the table as a whole.
-    void Note(FindingCode code, std::vector<BLogValue> values = {}) const;
+    void LetGo() noexcept;
     void RequireMode(std::uint32_t requiredMode, char const* operation) const;
-    void CreateDefaultAttributes();
-    void ReadWithOwnHandle(std::uint32_t index, BAttributes& attributes);
-    void ReadWithPrivateHandle(std::uint32_t index, BAttributes& attributes) const;
-    BAttributes MakeDefaultAttributes() const;
-    void UseDefaults(std::uint32_t index, BAttributes& attributes) const;
     std::uint32_t MostRecords() const;
     void FinishTable();
 
-    std::unique_ptr<BInputFile> input; ///< there while the table is open for reading
-    std::unique_ptr<DbfWriter> writer; ///< there once it has been opened for writing
-    DbfHeader header;
     BString path; ///< complete
     std::uint32_t mode = 0;
     ReadOptions options;
-    TextDecoder decoder; ///< of texts and field names; the same from Open on
     BFeatures features;
-    BAttributeDefs schema;
-    std::vector<std::int32_t> fieldOffsets; ///< bytes in a record, parallel to the schema
-    std::vector<char> recordBuffer;         ///< the record being written
-    bool useDefaultValues = false;
-    BAttributes defaultAttributes;
 
-    RecordWindow window;               ///< the records read last through `input`
-    std::vector<TextCache> textCaches; ///< for each field, filled by sequential reads
-    std::int64_t fileSize = 0;         ///< bytes, at Open
+    std::unique_ptr<DbfTable> table; ///< there while the table is open for reading
+    /// The rows of `table` that are read through the shared buffer.
+    std::unique_ptr<DbfRowReader> sharedRows;
+
+    std::unique_ptr<DbfWriter> writer; ///< there once it has been opened for writing
+    DbfHeader header;                  ///< as it is written
+    BAttributeDefs schema;             ///< of what is written
+    std::vector<char> recordBuffer;    ///< the record being written
 };
 
 } // namespace Ambrel

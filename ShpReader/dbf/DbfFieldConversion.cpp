@@ -1,6 +1,5 @@
 #include "ShpReader/dbf/DbfFieldConversion.h"
 
-#include "ShpReader/dbf/BDbfFile.h"
 #include "ShpReader/dbf/DbfNumberText.h"
 
 #include <algorithm>
@@ -44,15 +43,9 @@ BString MakeText(std::string_view text, TextDecoder const& decoder, TextCache* c
     return cache && !text.empty() ? cache->Share(text, decoder) : decoder.Decode(text);
 }
 
-BVariant ConvertDate(std::string_view field, TextCache* cache) {
-    std::string_view const text = GetTrimmedText(field);
-    if (text.empty() || text == dbfNoDate) {
-        return {};
-    }
-    static TextDecoder const plain(nullptr); // a date is bytes, whatever the table's encoding
-    BVariant value(MakeText(text, plain, cache));
-    value.SetType(VAR_DATE);
-    return value;
+bool HoldsNothing(std::string_view bytes) noexcept {
+    return std::all_of(bytes.begin(), bytes.end(),
+                       [](char c) { return c == dbfBlank || c == '\0'; });
 }
 
 } // namespace
@@ -97,24 +90,71 @@ std::string_view GetTrimmedText(std::string_view field) noexcept {
     return CutAtNul(field);
 }
 
-BVariant ConvertField(std::string_view field, EVariantType type, TextDecoder const& decoder,
-                      TextCache* cache) {
-    switch (type) {
-    // A number ends before the first NUL, as before any character that is not part of it.
-    case VAR_INTEGER: return {ParseInteger(field)};
-    case VAR_INTEGER64: return {ParseInteger64(field)};
-    case VAR_DOUBLE: return {ParseDouble(field)};
-    case VAR_BOOLEAN: return {field.find_first_of("TtYy1") != std::string_view::npos};
-    case VAR_DATE: return ConvertDate(field, cache);
-    default: return {MakeText(GetTrimmedText(field), decoder, cache)};
-    }
+// A number ends before the first NUL, as before any character that is not part of it.
+BVariant ConvertInteger(FieldContent const& content) {
+    return {ParseInteger(content.bytes)};
 }
 
-void BDbfFile::DbfField2Attribute(std::string_view record, BAttributeDef const& definition,
-                                  std::int32_t offset, BAttribute& attribute) {
-    std::string_view const field = GetFieldBytes(record, offset, definition.width);
-    attribute.SetName(definition.name);
-    attribute.SetValue(ConvertField(field, definition.GetType(), TextDecoder(), nullptr));
+BVariant ConvertInteger64(FieldContent const& content) {
+    return {ParseInteger64(content.bytes)};
+}
+
+BVariant ConvertDouble(FieldContent const& content) {
+    return {ParseDouble(content.bytes)};
+}
+
+BVariant ConvertLogical(FieldContent const& content) {
+    return {content.bytes.find_first_of("TtYy1") != std::string_view::npos};
+}
+
+BVariant ConvertDate(FieldContent const& content) {
+    static TextDecoder const plain(nullptr); // a date is bytes, whatever the table's encoding
+    std::string_view const text = GetTrimmedText(content.bytes);
+    if (text.empty() || text == dbfNoDate) {
+        return {};
+    }
+    BVariant value(MakeText(text, plain, content.cache));
+    value.SetType(VAR_DATE);
+    return value;
+}
+
+BVariant ConvertText(FieldContent const& content) {
+    return {MakeText(GetTrimmedText(content.bytes), content.decoder, content.cache)};
+}
+
+BVariant MakeNoInteger() {
+    return {0};
+}
+
+BVariant MakeNoInteger64() {
+    return {std::int64_t{0}};
+}
+
+BVariant MakeNoDouble() {
+    return {0.0};
+}
+
+BVariant MakeNoLogical() {
+    return {false};
+}
+
+BVariant MakeNoDate() {
+    BVariant value(BString::FromUtf8(dbfNoDate));
+    value.SetType(VAR_DATE);
+    return value;
+}
+
+BVariant MakeNoText() {
+    return {BString()};
+}
+
+bool HoldsNoNumber(std::string_view bytes) noexcept {
+    std::size_t const first = bytes.find_first_not_of(dbfBlank);
+    return HoldsNothing(bytes) || bytes[first] == '*';
+}
+
+bool HoldsNoLogical(std::string_view bytes) noexcept {
+    return HoldsNothing(bytes) || GetTrimmedText(bytes) == "?";
 }
 
 } // namespace Ambrel

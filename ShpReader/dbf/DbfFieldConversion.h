@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Ambrel/BVariant.h"
+#include "ShpReader/dbf/DbfFieldTypes.h"
 #include "ShpReader/dbf/TextDecoder.h"
 
 #include <array>
@@ -34,8 +35,25 @@ private:
     std::array<BString, 64> texts; ///< each where its hash says, if decoding changes no byte of it
 };
 
-/// The value of a field; a date may be null. `cache`: the column's texts, or null.
-BVariant ConvertField(std::string_view field, EVariantType type, TextDecoder const& decoder,
-                      TextCache* cache);
+/// The values of a field, by type. A date may be null.
+BVariant ConvertInteger(FieldContent const& content);
+BVariant ConvertInteger64(FieldContent const& content);
+BVariant ConvertDouble(FieldContent const& content);
+BVariant ConvertLogical(FieldContent const& content);
+BVariant ConvertDate(FieldContent const& content);
+BVariant ConvertText(FieldContent const& content);
+
+/// What stands for the value where there is no row to be read.
+BVariant MakeNoInteger();
+BVariant MakeNoInteger64();
+BVariant MakeNoDouble();
+BVariant MakeNoLogical();
+BVariant MakeNoDate();
+BVariant MakeNoText();
+
+/// Blanks and NULs alone, or an asterisk as the first byte that is no blank.
+bool HoldsNoNumber(std::string_view bytes) noexcept;
+/// Blanks and NULs alone, or a question mark among blanks.
+bool HoldsNoLogical(std::string_view bytes) noexcept;
 
 } // namespace Ambrel

@@ -1,6 +1,7 @@
 #include "Ambrel/BException.h"
 #include "ShpReader/dbf/BDbfFile.h"
 #include "ShpReader/dbf/DbfFieldFormatting.h"
+#include "ShpReader/dbf/DbfFieldTypes.h"
 #include "ShpReader/writing/DbfTableStart.h"
 #include "ShpReader/writing/DbfWriter.h"
 

@@ -1,40 +1,25 @@
-#include "Ambrel/BException.h"
+#include "ShpReader/dbf/DbfSchema.h"
+
 #include "Ambrel/BInputFile.h"
-#include "Ambrel/BLogger.h"
-#include "ShpReader/dbf/BDbfFile.h"
+#include "ShpReader/dbf/TextDecoder.h"
 
 namespace Ambrel {
 
 namespace {
 
-BAttributeDef MakeDefinition(DbfFieldDescriptor const& descriptor, TextDecoder const& decoder) {
+BAttributeDef MakeDefinition(DbfFieldDescriptor const& descriptor, EVariantType type,
+                             TextDecoder const& decoder) {
     BAttributeDef definition;
-    definition.SetType(descriptor.GetVariantType());
+    definition.SetType(type);
     definition.name = decoder.Decode(descriptor.name);
     definition.width = descriptor.width;
     definition.decimals = descriptor.decimals;
-    if (definition.GetType() == VAR_DATE) {
+    if (type == VAR_DATE) {
         definition.isDate = true;
     }
     return definition;
 }
 
-BVariant MakeDefaultValue(EVariantType type) {
-    switch (type) {
-    case VAR_INTEGER: return {0};
-    case VAR_INTEGER64: return {std::int64_t{0}};
-    case VAR_DOUBLE: return {0.0};
-    case VAR_BOOLEAN: return {false};
-    case VAR_DATE: {
-        BVariant value(BString::FromUtf8(dbfNoDate));
-        value.SetType(VAR_DATE);
-        return value;
-    }
-    default: return {BString()};
-    }
-}
-
-/// The descriptors behind the header: as many as the header has room for and the file holds whole.
 std::vector<char> ReadDescriptors(BInputFile const& file, DbfHeader const& header) {
     std::vector<char> bytes(header.GetFieldCount() * DbfFieldDescriptor::size);
     std::size_t const whole =
@@ -43,46 +28,44 @@ std::vector<char> ReadDescriptors(BInputFile const& file, DbfHeader const& heade
     return bytes;
 }
 
-} // namespace
-
-void BDbfFile::ReadSchema() {
-    RequireMode(readMode, "BDbfFile::ReadSchema");
-    BLogger::Instance()->WriteLine(LOG_PROGRESS, "DBF-File: Reading schema...");
-    schema.Clear();
-    fieldOffsets.clear();
-    textCaches.clear();
-    if (!header.HasRegularLength()) {
-        Note(FindingCode::TableHeaderLengthOdd);
-    }
-    std::vector<char> const descriptors = ReadDescriptors(*input, header);
-    std::size_t const fieldCount = descriptors.size() / DbfFieldDescriptor::size;
-    fieldOffsets.reserve(fieldCount);
-    schema.Reserve(fieldCount);
-    std::int32_t offset = dbfDeletionFlagSize;
-    for (std::size_t i = 0; i < fieldCount; ++i) {
-        auto const descriptor =
-            DbfFieldDescriptor::Decode(descriptors.data() + i * DbfFieldDescriptor::size);
-        schema.Add(MakeDefinition(descriptor, decoder));
-        fieldOffsets.push_back(offset);
-        offset += descriptor.width;
-    }
-    if (useDefaultValues) {
-        CreateDefaultAttributes();
-    }
-}
-
-void BDbfFile::CreateDefaultAttributes() {
-    defaultAttributes = MakeDefaultAttributes();
-}
-
-BAttributes BDbfFile::MakeDefaultAttributes() const {
+template <class MakeValue>
+BAttributes MakeRow(DbfSchema const& schema, MakeValue makeValue) {
     BAttributes attributes;
-    attributes.Reserve(schema.GetCount());
-    for (std::uint64_t i = 0; i < schema.GetCount(); ++i) {
-        BAttributeDef const& field = schema.GetAt(i);
-        attributes.Add(field.name, MakeDefaultValue(field.GetType()));
+    attributes.Reserve(schema.fields.size());
+    for (std::size_t i = 0; i < schema.fields.size(); ++i) {
+        attributes.Add(schema.definitions.GetAt(i).name, makeValue(schema.fields[i]));
     }
     return attributes;
+}
+
+} // namespace
+
+DbfSchema ReadDbfSchema(BInputFile const& file, DbfHeader const& header,
+                        TextDecoder const& decoder) {
+    std::vector<char> const descriptors = ReadDescriptors(file, header);
+    std::size_t const count = descriptors.size() / DbfFieldDescriptor::size;
+    DbfSchema schema;
+    schema.fields.reserve(count);
+    schema.definitions.Reserve(count);
+    std::int32_t offset = dbfDeletionFlagSize;
+    for (std::size_t i = 0; i < count; ++i) {
+        auto const descriptor =
+            DbfFieldDescriptor::Decode(descriptors.data() + i * DbfFieldDescriptor::size);
+        FieldType const& type = GetFieldType(descriptor);
+        schema.definitions.Add(MakeDefinition(descriptor, type.type, decoder));
+        schema.fields.push_back({&type, offset, descriptor.width});
+        offset += descriptor.width;
+    }
+    schema.rowLength = static_cast<std::uint32_t>(offset);
+    return schema;
+}
+
+BAttributes MakeDefaultRow(DbfSchema const& schema) {
+    return MakeRow(schema, [](DbfField const& field) { return field.type->makeDefault(); });
+}
+
+BAttributes MakeNullRow(DbfSchema const& schema) {
+    return MakeRow(schema, [](DbfField const&) { return BVariant(); });
 }
 
 } // namespace Ambrel

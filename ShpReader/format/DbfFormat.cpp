@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <limits>
 
 namespace Ambrel {
 
@@ -21,37 +22,6 @@ constexpr std::size_t reservedOffset = 12;
 constexpr std::size_t typeOffset = 11;
 constexpr std::size_t widthOffset = 16;
 constexpr std::size_t decimalsOffset = 17;
-
-// Numbers of up to nine digits fit 32 bits.
-constexpr std::uint8_t firstInteger64Width = 10;
-
-struct TypeRow {
-    EVariantType type;
-    char letter;
-    bool isText;
-    bool hasDecimals;
-};
-
-// What declares a field for values of each type. Lists have the field of their elements, as only
-// the first one is written.
-constexpr TypeRow typeRows[] = {
-    {VAR_BYTE, 'N', false, false},       {VAR_UNSIGNED_BYTE, 'N', false, false},
-    {VAR_SHORT, 'N', false, false},      {VAR_UNSIGNED_SHORT, 'N', false, false},
-    {VAR_INTEGER, 'N', false, false},    {VAR_UNSIGNED_INTEGER, 'N', false, false},
-    {VAR_INTEGER64, 'N', false, false},  {VAR_UNSIGNED_INTEGER64, 'N', false, false},
-    {VAR_DOUBLE, 'N', false, true},      {VAR_FLOAT, 'N', false, true},
-    {VAR_STRING, 'C', true, false},      {VAR_DATE, 'D', false, false},
-    {VAR_BOOLEAN, 'L', false, false},    {VAR_INTEGER_LIST, 'N', false, false},
-    {VAR_DOUBLE_LIST, 'N', false, true}, {VAR_STRING_LIST, 'C', true, false},
-};
-// Records refuse values of other types; until then such a field is declared as text.
-constexpr TypeRow unknownType = {VAR_NONE, 'C', false, false};
-
-TypeRow const& FindType(EVariantType type) noexcept {
-    auto const* const row = std::find_if(std::begin(typeRows), std::end(typeRows),
-                                         [type](TypeRow const& each) { return each.type == type; });
-    return row == std::end(typeRows) ? unknownType : *row;
-}
 
 } // namespace
 
@@ -100,6 +70,12 @@ DbfSizeMatch MatchTableSize(DbfHeader const& header, std::int64_t fileSize) noex
     return fits(withFlags) ? DbfSizeMatch::WithoutDeletionFlag : DbfSizeMatch::None;
 }
 
+std::uint32_t CountWholeRows(DbfHeader const& header, std::int64_t fileSize) noexcept {
+    std::int64_t const room = std::max<std::int64_t>(fileSize - header.headerLength, 0);
+    return static_cast<std::uint32_t>(std::min<std::int64_t>(
+        room / header.recordLength, std::numeric_limits<std::uint32_t>::max()));
+}
+
 DbfFieldDescriptor DbfFieldDescriptor::Decode(char const* bytes) noexcept {
     DbfFieldDescriptor descriptor;
     std::string_view const nameBytes(bytes, nameSize);
@@ -116,38 +92,6 @@ void DbfFieldDescriptor::Encode(char* bytes) const noexcept {
     bytes[typeOffset] = type;
     bytes[widthOffset] = static_cast<char>(width);
     bytes[decimalsOffset] = static_cast<char>(decimals);
-}
-
-EVariantType DbfFieldDescriptor::GetVariantType() const noexcept {
-    switch (type) {
-    case 'D':
-    case 'd': return VAR_DATE;
-    case 'F':
-    case 'f': return VAR_DOUBLE;
-    case 'L':
-    case 'l': return VAR_BOOLEAN;
-    case 'N':
-    case 'n': break;
-    default: return VAR_STRING;
-    }
-    if (decimals != 0) {
-        return VAR_DOUBLE;
-    }
-    return width < firstInteger64Width ? VAR_INTEGER : VAR_INTEGER64;
-}
-
-char GetFieldTypeLetter(EVariantType type, std::int32_t decimals) noexcept {
-    TypeRow const& row = FindType(type);
-    // "N" without decimals would be read as an integer.
-    return row.hasDecimals && decimals == 0 ? 'F' : row.letter;
-}
-
-bool IsTextType(EVariantType type) noexcept {
-    return FindType(type).isText;
-}
-
-bool HasDecimals(EVariantType type) noexcept {
-    return FindType(type).hasDecimals;
 }
 
 } // namespace Ambrel

@@ -1,7 +1,5 @@
 #pragma once
 
-#include "Ambrel/EVariantType.h"
-
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -55,6 +53,8 @@ enum class DbfSizeMatch {
 
 /// Holds a file's size against the header. The expected size is a number of 32 bits and wraps.
 DbfSizeMatch MatchTableSize(DbfHeader const& header, std::int64_t fileSize) noexcept;
+/// The rows that a file of that size holds whole. REQUIRES: header.IsValid().
+std::uint32_t CountWholeRows(DbfHeader const& header, std::int64_t fileSize) noexcept;
 
 /// One field of a table, as its 32-byte descriptor gives it.
 struct DbfFieldDescriptor {
@@ -72,15 +72,13 @@ struct DbfFieldDescriptor {
     static DbfFieldDescriptor Decode(char const* bytes) noexcept;
     /// Stores `size` bytes at `bytes`. REQUIRES: name.size() <= nameSize.
     void Encode(char* bytes) const noexcept;
-
-    /// The type of the field's values.
-    EVariantType GetVariantType() const noexcept;
 };
 
 constexpr std::uint8_t dbfVersion = 3; ///< dBASE III without a memo file
 constexpr char dbfHeaderTerminator = 0x0D;
 constexpr char dbfEndOfFile = 0x1A;
 constexpr char dbfBlank = 0x20;
+constexpr char dbfDeleted = 0x2A; ///< the deletion flag of a row that is marked as deleted
 /// Where the first field starts in a record: behind the deletion flag.
 constexpr std::size_t dbfDeletionFlagSize = 1;
 /// A text field takes at most this many bytes when it is written.
@@ -89,12 +87,5 @@ constexpr std::int32_t dbfMaxFieldWidth = 255;
 constexpr std::size_t dbfMaxRecordLength = 65535;
 constexpr std::size_t dbfMaxFieldCount = (65535 - DbfHeader::size) / DbfFieldDescriptor::size;
 constexpr std::string_view dbfNoDate = "00000000";
-
-/// The letter that declares a field of values of `type` with that many decimals.
-char GetFieldTypeLetter(EVariantType type, std::int32_t decimals) noexcept;
-/// Whether fields of that type hold text, whose width is limited to dbfMaxTextWidth.
-bool IsTextType(EVariantType type) noexcept;
-/// Whether fields of that type declare digits after the decimal point.
-bool HasDecimals(EVariantType type) noexcept;
 
 } // namespace Ambrel

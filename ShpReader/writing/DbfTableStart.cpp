@@ -1,6 +1,7 @@
 #include "ShpReader/writing/DbfTableStart.h"
 
 #include "Ambrel/BException.h"
+#include "ShpReader/dbf/DbfFieldTypes.h"
 
 #include <QDate>
 

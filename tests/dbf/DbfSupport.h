@@ -67,14 +67,16 @@ inline Texts NamesOf(BAttributeDefs const& schema) {
 class TableTest : public testing::Test {
 protected:
     /// Makes the file anew, and a table that has it open.
-    void Open(TableBuilder const& builder, bool strict = true) {
+    void Open(TableBuilder const& builder, bool strict = true) { Open(builder, {}, strict); }
+    void Open(TableBuilder const& builder, ReadOptions const& options, bool strict = true) {
         builder.WriteTo(file);
-        Reopen(strict);
+        Reopen(strict, options);
     }
 
     /// Closes the table and opens the file to be read.
-    void Reopen(bool strict = true) {
+    void Reopen(bool strict = true, ReadOptions const& options = {}) {
         table = std::make_unique<BDbfFile>();
+        table->SetOptions(options);
         table->Open(path, BDbfFile::readMode, strict);
     }
 

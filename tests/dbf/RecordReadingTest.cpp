@@ -2,6 +2,8 @@
 
 #include <QTextCodec>
 
+#include <thread>
+
 namespace Ambrel::Test {
 namespace {
 
@@ -86,9 +88,130 @@ TEST_F(RecordReading, RecordsThatTheFileLostHaveDefaultValues) {
                   (Texts{"DBF-Reader: Record 5" + reason, "DBF-Reader: Record 7" + reason}));
     }
     std::filesystem::remove(file);
-    EXPECT_BEXCEPTION(Read(0, false), BFileNotFoundException, "BDbfFile::ReadAttributeRecord",
-                      path);
-    EXPECT_EQ(Read(0), Row(0));
+    for (bool const useOwnHandle : {true, false}) {
+        EXPECT_EQ(Read(0, useOwnHandle), Row(0)) << "read as it was opened";
+    }
+}
+
+/// Every third whole read goes as fast as the first.
+TEST_F(RecordReading, RecordsAreReadAgainAndAgainInAnyOrder) {
+    Open(Rows(3000));
+    for (int round = 0; round < 4; ++round) {
+        for (std::uint32_t index = 0; index < 3000; ++index) {
+            ASSERT_EQ(Read(index)[0], Row(index)[0]);
+        }
+        for (std::uint32_t index = 2999; index > 0; index /= 2) {
+            ASSERT_EQ(Read(index), Row(index));
+        }
+    }
+}
+
+TEST_F(RecordReading, FieldsWithoutAValueAreNullWhereThatIsAskedFor) {
+    struct {
+        char letter;
+        std::uint8_t decimals;
+        std::string cell;
+        char const* value; ///< as the format's rules have it
+        bool isMissing;
+    } const cases[] = {
+        {'N', 0, "", "integer 0", true},      {'N', 0, "\0\0 \0"s, "integer 0", true},
+        {'N', 0, "****", "integer 0", true},  {'N', 0, " *", "integer 0", true},
+        {'N', 0, "0", "integer 0", false},    {'N', 0, "?", "integer 0", false},
+        {'N', 0, "\0*"s, "integer 0", false}, {'N', 0, "0*", "integer 0", false},
+        {'n', 1, "", "real 0x0p+0", true},    {'F', 0, "*", "real 0x0p+0", true},
+        {'F', 0, "x", "real 0x0p+0", false},  {'L', 0, "", "false", true},
+        {'L', 0, "?", "false", true},         {'L', 0, " ?", "false", true},
+        {'L', 0, "F", "false", false},        {'L', 0, "*", "false", false},
+        {'C', 0, "", "text ", false},         {'C', 0, "?", "text ?", false},
+        {'D', 0, "", "null", true},
+    };
+    TableBuilder builder;
+    Texts cells;
+    for (auto const& c : cases) {
+        builder.Field("F", c.letter, 4, c.decimals);
+        cells.push_back(c.cell);
+    }
+    builder.Field("WIDE", 'N', 20).Row(cells);
+    for (bool const isAsked : {false, true}) {
+        Open(builder, {.missingAsNull = isAsked});
+        Texts const values = Read(0);
+        for (std::size_t i = 0; i < cells.size(); ++i) {
+            bool const isNull = isAsked && cases[i].isMissing;
+            EXPECT_EQ(values[i], isNull ? "null" : cases[i].value) << i;
+        }
+        EXPECT_EQ(values.back(), isAsked ? "null" : "long 0");
+        EXPECT_EQ(Read(0, false), values);
+    }
+}
+
+TEST_F(RecordReading, RowsThatAreMarkedAsDeletedAreKnown) {
+    for (std::uint8_t const width : {8, 80}) { // short rows, and long ones of 40 such fields
+        TableBuilder builder;
+        for (int i = 0; i < (width == 80 ? 40 : 1); ++i) {
+            builder.Field("F", 'C', width);
+        }
+        std::size_t const length = width == 80 ? 3200 : 8;
+        for (std::uint32_t i = 0; i < 100; ++i) {
+            builder.RawRow(ByteList().Byte(i % 7 == 2 ? '*' : ' ').Fill(length, '*'));
+        }
+        Open(builder);
+        std::vector<std::jthread> threads;
+        std::array<std::uint32_t, 3> rights{};
+        for (std::uint32_t& right : rights) {
+            threads.emplace_back([&] {
+                for (std::uint32_t i = 0; i < 200; ++i) {
+                    std::uint32_t const index = i * 37 % 100;
+                    right += table->IsDeleted(index) == (index % 7 == 2);
+                }
+            });
+        }
+        threads.clear(); // waits for them
+        EXPECT_EQ(rights, (std::array<std::uint32_t, 3>{200, 200, 200}));
+        EXPECT_FALSE(table->IsDeleted(100));
+        LogCapture const log;
+        Open(builder.End({0x1A, 0x1A}), {}, false);
+        EXPECT_FALSE(table->IsDeleted(2)) << "there are no rows but of default values";
+        Open(builder, {.salvage = true}, false);
+        EXPECT_TRUE(table->IsDeleted(2));
+    }
+}
+
+TEST_F(RecordReading, RowsThatLieWholeInTheFileAreSalvaged) {
+    Texts const nulls(6, "null");
+    struct {
+        char const* what;
+        TableBuilder builder;
+        std::uint32_t rows; ///< that are there
+        std::uint32_t count;
+    } const cases[] = {
+        {"cut in the last row", Rows(4).Cut(225 + 4 * 48 - 2), 3, 4},
+        {"claims more", Rows(4).RecordCount(1000), 4, 1000},
+        {"never completed", Rows(4).RecordCount(0), 4, 4},
+        {"flag not counted", Rows(4).RecordLength(47).Cut(225 + 3 * 48), 3, 4},
+        {"no row at all", Rows(4).Cut(225 + 5), 0, 4},
+    };
+    for (auto const& [what, builder, rows, count] : cases) {
+        SCOPED_TRACE(what);
+        LogCapture const log;
+        Open(builder, {.salvage = true}, false);
+        EXPECT_EQ(table->GetAttributeRecordCount(), count);
+        for (bool const useOwnHandle : {true, false}) {
+            for (std::uint32_t index = 0; index < std::min(count, 6U); ++index) {
+                EXPECT_EQ(Read(index, useOwnHandle), index < rows ? Row(index) : nulls);
+            }
+        }
+        EXPECT_EQ(log.TextsOf(LOG_WARNING),
+                  Texts{"DBF-Reader: The table holds " + std::to_string(rows) + " of " +
+                        std::to_string(count) +
+                        " rows whole; the others are null. File=" + file.string()});
+        EXPECT_BEXCEPTION(Open(builder, {.salvage = true}), BFileContentNotValidException,
+                          "BDbfFile::Open",
+                          BString::Format("%s is not a valid DBF file.", path.Ascii()));
+    }
+    LogCapture const log;
+    Open(Rows(4), {.salvage = true});
+    EXPECT_EQ(Read(3), Row(3));
+    EXPECT_EQ(log.TextsOf(LOG_WARNING), Texts()) << "a sound table needs no salvage";
 }
 
 TEST_F(RecordReading, RecordsBeyondTwoGibibytesAreFound) {

@@ -1,4 +1,5 @@
 #include "DbfSupport.h"
+#include "ShpReader/format/Findings.h"
 
 #include <sys/stat.h>
 
@@ -125,6 +126,27 @@ TEST_F(TableOpening, SizeDecidesWhetherRecordsAreRead) {
     }
 }
 
+TEST_F(TableOpening, WhatIsFoundNamesItsFile) {
+    using Entry = std::tuple<FindingCode, std::string, std::vector<BLogValue>>;
+    std::vector<Entry> entries;
+    LogCapture const log(LOG_WARNING);
+    BLogger::Instance()->SetEntrySink([&](BLogEntry const& entry) {
+        entries.emplace_back(FindingCode{entry.code}, entry.file,
+                             std::vector<BLogValue>(entry.values.begin(), entry.values.end()));
+    });
+    EXPECT_THROW(Open(TenRecords().RecordLength(0)), BException);
+    Open(TenRecords().Terminator({0x0D, 0}).RecordCount(11), false);
+    Open(TenRecords().RecordCount(11), {.salvage = true}, false);
+    BLogger::Instance()->SetEntrySink({});
+    std::string const name = file.string();
+    EXPECT_EQ(entries, (std::vector<Entry>{{FindingCode::TableHeaderNotValid, name, {65, 0}},
+                                           {FindingCode::TableSizeMismatch, name, {}},
+                                           {FindingCode::TableRecordsMissing, name, {}},
+                                           {FindingCode::TableDefaultValues, name, {}},
+                                           {FindingCode::TableHeaderLengthOdd, name, {}},
+                                           {FindingCode::TableSalvaged, name, {10, 11}}}));
+}
+
 TEST_F(TableOpening, LongestRecordGrowsWithoutWrapping) {
     TableBuilder builder = TableBuilder().Field("TEXT", 'C', 3).RecordLength(65535);
     builder.RawRow(ByteList().Text(" one").Fill(65532)).RawRow(ByteList().Text(" two").Fill(65532));
@@ -134,6 +156,11 @@ TEST_F(TableOpening, LongestRecordGrowsWithoutWrapping) {
 
 TEST_F(TableOpening, OnlyRegularFilesAreOpened) {
     EXPECT_BEXCEPTION(Reopen(), BFileNotFoundException, openOperation, path);
+    try {
+        Reopen();
+    } catch (BException const& failure) {
+        EXPECT_EQ(failure.GetReason(), ENOENT);
+    }
     ASSERT_EQ(mkfifo(file.c_str(), 0600), 0);
     for (int const mode : {BDbfFile::readMode, BDbfFile::writeMode}) {
         EXPECT_BEXCEPTION(BDbfFile().Open(path, mode, true), BFileNotFoundException, openOperation,

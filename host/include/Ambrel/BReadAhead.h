@@ -30,6 +30,13 @@ public:
     BReadAhead(BReadAhead const&) = delete;
     BReadAhead& operator=(BReadAhead const&) = delete;
 
+    /// Begins anew, with the memory that it has: nothing is held, and as much may be read ahead in
+    /// vain as at first.
+    void Restart(std::uint64_t fileSize) noexcept {
+        allowance = 2 * fileSize;
+        filled = 0;
+    }
+
     /// Copies up to `size` bytes from `position` on, and returns how many the file gave. Of the
     /// bytes from `position` on, `expected` (at least `size`) will be wanted next. A negative
     /// position gives nothing.
