@@ -8,6 +8,7 @@
 #include "ShpReader/dbf/TextDecoder.h"
 
 #include <new>
+#include <optional>
 
 namespace Ambrel {
 
@@ -30,14 +31,38 @@ constexpr Switch switches[] = {
     {"SALVAGE", &ReadOptions::salvage},
 };
 
+BException RefuseOption(char const* name, BVariant const& value) {
+    return {category, openOperation,
+            BString::Format("%s=%s", name, value.GetValueAsString("").Ascii())};
+}
+
 /// The value of a switch. What is neither true nor false makes no sense.
 bool ParseSwitch(char const* name, BVariant const& value) {
     bool const isSet = value.GetValueAsBoolean(false);
     if (isSet != value.GetValueAsBoolean(true)) {
-        throw BException(category, openOperation,
-                         BString::Format("%s=%s", name, value.GetValueAsString("").Ascii()));
+        throw RefuseOption(name, value);
     }
     return isSet;
+}
+
+/// The names of the wanted fields, and of the one that gives Z; none where all are wanted.
+std::optional<std::vector<std::string>> ParseFields(BParamList const& params,
+                                                    BString const& attributeZName) {
+    BVariant const* const value = params.Find("FIELDS");
+    if (!value) {
+        return std::nullopt;
+    }
+    if (value->GetType() != VAR_STRING_LIST) {
+        throw RefuseOption("FIELDS", *value);
+    }
+    std::vector<std::string> names;
+    for (BString const& name : value->GetValueAsStringList({})) {
+        names.emplace_back(name.Utf8());
+    }
+    if (!attributeZName.IsEmpty()) {
+        names.emplace_back(attributeZName.Utf8());
+    }
+    return names;
 }
 
 ReadOptions ParseReadOptions(BParamList const& params) {
@@ -116,6 +141,7 @@ BShpReader::OpenOptions BShpReader::TakeOptions(BParamList const& params) {
         options.useAttributes = params.GetBoolean("USE_ATTRIBUTES", false);
     }
     options.reading = ParseReadOptions(params);
+    options.reading.fields = ParseFields(params, options.attributeZName);
     return options;
 }
 

@@ -12,7 +12,8 @@ namespace Ambrel {
 /// Options of Open: "USE_ATTRIBUTES" (boolean, true when absent): whether features get the values
 /// of the table; "USE_ATTRIBUTE_Z" (text): the attribute whose value replaces the Z of single-part
 /// geometries; and those of ReadOptions: "ENCODING" (text), "MISSING_AS_NULL", "SKIP_DELETED",
-/// "MEASURES_ALWAYS", "SALVAGE" (booleans, false when absent).
+/// "MEASURES_ALWAYS", "SALVAGE" (booleans, false when absent), "FIELDS" (a list of texts, all
+/// fields when absent; the attribute of "USE_ATTRIBUTE_Z" is always among them).
 class BShpReader final : public BVectorDataReader {
 public:
     explicit BShpReader(BParamList const& params);
@@ -30,8 +31,9 @@ protected:
     /// Opens every file and makes its layer. With direct access the layers have their features
     /// then; else Read fills them. Throws BException ("Ambrel Exception", "BShpReader::Open",
     /// "NAME=value") for an option of ReadOptions that makes no sense, before any file is touched:
-    /// an encoding that tables can not have, a switch that is neither true nor false. Throws what
-    /// BShpFile::Open throws; files and layers before the failing one stay.
+    /// an encoding that tables cannot have, a switch that is neither true nor false, fields that
+    /// are no list of texts. Throws what BShpFile::Open throws; files and layers before the failing
+    /// one stay.
     void OpenImpl(BString const& fileName, BParamList const& params) override;
     void CloseImpl() override;
     /// Fills the layers. Throws BNotOpenException, BResourceException when memory runs out (status

@@ -3,6 +3,8 @@
 #include "Ambrel/BInputFile.h"
 #include "ShpReader/dbf/TextDecoder.h"
 
+#include <algorithm>
+
 namespace Ambrel {
 
 namespace {
@@ -40,8 +42,12 @@ BAttributes MakeRow(DbfSchema const& schema, MakeValue makeValue) {
 
 } // namespace
 
-DbfSchema ReadDbfSchema(BInputFile const& file, DbfHeader const& header,
-                        TextDecoder const& decoder) {
+DbfSchema ReadDbfSchema(BInputFile const& file, DbfHeader const& header, TextDecoder const& decoder,
+                        std::optional<std::vector<std::string>> const& wantedNames) {
+    auto const isWanted = [&](BString const& name) {
+        return !wantedNames || std::find(wantedNames->begin(), wantedNames->end(), name.Utf8()) !=
+                                   wantedNames->end();
+    };
     std::vector<char> const descriptors = ReadDescriptors(file, header);
     std::size_t const count = descriptors.size() / DbfFieldDescriptor::size;
     DbfSchema schema;
@@ -52,8 +58,11 @@ DbfSchema ReadDbfSchema(BInputFile const& file, DbfHeader const& header,
         auto const descriptor =
             DbfFieldDescriptor::Decode(descriptors.data() + i * DbfFieldDescriptor::size);
         FieldType const& type = GetFieldType(descriptor);
-        schema.definitions.Add(MakeDefinition(descriptor, type.type, decoder));
-        schema.fields.push_back({&type, offset, descriptor.width});
+        BAttributeDef const definition = MakeDefinition(descriptor, type.type, decoder);
+        if (isWanted(definition.name)) {
+            schema.definitions.Add(definition);
+            schema.fields.push_back({&type, offset, descriptor.width});
+        }
         offset += descriptor.width;
     }
     schema.rowLength = static_cast<std::uint32_t>(offset);

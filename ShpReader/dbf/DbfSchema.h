@@ -4,6 +4,8 @@
 #include "ShpReader/dbf/DbfFieldTypes.h"
 
 #include <cstdint>
+#include <optional>
+#include <string>
 #include <vector>
 
 namespace Ambrel {
@@ -19,17 +21,17 @@ struct DbfField {
     std::int32_t width;  ///< bytes
 };
 
-/// The fields of a table that is read.
+/// The fields of a table that are read.
 struct DbfSchema {
     BAttributeDefs definitions;
     std::vector<DbfField> fields; ///< parallel to the definitions
-    std::uint32_t rowLength = 0;  ///< bytes that deletion flag and fields take
+    std::uint32_t rowLength = 0;  ///< bytes that deletion flag and all fields of the table take
 };
 
 /// Reads the descriptors behind the header: as many as the header has room for and the file holds
-/// whole.
-DbfSchema ReadDbfSchema(BInputFile const& file, DbfHeader const& header,
-                        TextDecoder const& decoder);
+/// whole, but for the fields that are not wanted.
+DbfSchema ReadDbfSchema(BInputFile const& file, DbfHeader const& header, TextDecoder const& decoder,
+                        std::optional<std::vector<std::string>> const& wantedNames);
 /// A row of default values.
 BAttributes MakeDefaultRow(DbfSchema const& schema);
 /// A row of nulls.

@@ -20,7 +20,7 @@ constexpr std::size_t largestPiece = 256 * 1024; // bytes; more than the longest
 DbfTable::DbfTable(BString const& name, BString const& path, ReadOptions const& options,
                    bool strict)
     : path(path), missingAsNull(options.missingAsNull), salvage(options.salvage),
-      decoder(options.encoding, openOperation), input(path) {
+      wantedFields(options.fields), decoder(options.encoding, openOperation), input(path) {
     if (!input.IsOpen()) {
         BFileNotFoundException failure(openOperation, name);
         failure.SetReason(input.GetOpenError());
@@ -66,7 +66,7 @@ void DbfTable::CheckSize(bool strict) {
 /// when a writer did not come to complete it.
 void DbfTable::SalvageRows() {
     auto const size = static_cast<std::int64_t>(input.GetSizeAtOpen());
-    if (ReadDbfSchema(input, header, decoder).rowLength == header.recordLength + 1) {
+    if (ReadDbfSchema(input, header, decoder, wantedFields).rowLength == header.recordLength + 1) {
         ++header.recordLength; // it leaves the deletion flag out
     }
     heldRows = CountWholeRows(header, size);
@@ -89,7 +89,7 @@ void DbfTable::ReadSchema() {
     if (!header.HasRegularLength()) {
         Note(FindingCode::TableHeaderLengthOdd);
     }
-    schema = ReadDbfSchema(input, header, decoder);
+    schema = ReadDbfSchema(input, header, decoder, wantedFields);
     if (usesDefaults) {
         substitute = MakeDefaultRow(schema);
     } else if (isSalvaged) {

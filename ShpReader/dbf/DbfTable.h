@@ -10,6 +10,8 @@
 #include "ShpReader/format/ReadOptions.h"
 
 #include <cstdint>
+#include <optional>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -57,6 +59,7 @@ private:
     BString path;
     bool missingAsNull;
     bool salvage;
+    std::optional<std::vector<std::string>> wantedFields; ///< none: all
     TextDecoder decoder;
     BInputFile input;
     DbfHeader header;

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <optional>
 #include <string>
+#include <vector>
 
 namespace Ambrel {
 
@@ -18,6 +20,9 @@ struct ReadOptions {
     bool measuresAlways = false;
     /// Reads what can be read without an index or a table, or with unusable ones.
     bool salvage = false;
+    /// The fields of the table that are wanted, by name (UTF-8); the others are not read, and the
+    /// schema does not have them. None: all.
+    std::optional<std::vector<std::string>> fields{};
 };
 
 } // namespace Ambrel

@@ -147,6 +147,27 @@ TEST_F(TableOpening, WhatIsFoundNamesItsFile) {
                                            {FindingCode::TableSalvaged, name, {10, 11}}}));
 }
 
+TEST_F(TableOpening, FieldsThatNobodyWantsAreNotRead) {
+    TableBuilder builder = TableBuilder().Field("A", 'N', 3).Field("B", 'C', 4).Field("C", 'C', 2);
+    builder.Field("B", 'L', 1).Row({"1", "two", "3", "T"});
+    using Names = std::vector<std::string>;
+    std::pair<Names, Texts> const cases[] = {
+        {{"C", "A"}, {"integer 1", "text 3"}}, // in the order of the table
+        {{"B", "missing"}, {"text two", "true"}},
+        {{}, {}},
+    };
+    for (auto const& [names, values] : cases) {
+        Open(builder, {.fields = names});
+        EXPECT_EQ(table->GetSchema().GetCount(), values.size());
+        EXPECT_EQ(Read(0), values);
+        EXPECT_EQ(Read(0, false), values);
+        LogCapture const log;
+        Open(builder.RecordCount(2), {.salvage = true, .fields = names}, false);
+        EXPECT_EQ(Read(1), Texts(values.size(), "null"));
+        builder.RecordCount(1);
+    }
+}
+
 TEST_F(TableOpening, LongestRecordGrowsWithoutWrapping) {
     TableBuilder builder = TableBuilder().Field("TEXT", 'C', 3).RecordLength(65535);
     builder.RawRow(ByteList().Text(" one").Fill(65532)).RawRow(ByteList().Text(" two").Fill(65532));

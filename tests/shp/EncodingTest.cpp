@@ -98,6 +98,7 @@ TEST_F(Encoding, OptionsThatMakeNoSenseAreRefusedBeforeAnyFileIsTouched) {
         {"ENCODING", "Klingon"},     {"ENCODING", "UTF-16"},       {"ENCODING", "UTF-32LE"},
         {"ENCODING", "IBM037"},      {"ENCODING", "UTF-7"},        {"ENCODING", "99999"},
         {"ENCODING", "ISO-2022-JP"}, {"MISSING_AS_NULL", "maybe"}, {"SALVAGE", ""},
+        {"FIELDS", "NAME"},
     };
     for (auto const& [name, value] : cases) {
         EXPECT_BEXCEPTION(

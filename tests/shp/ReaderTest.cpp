@@ -180,6 +180,20 @@ TEST_F(ReaderTest, ReadsAttributesUnlessTold) {
     }
 }
 
+TEST_F(ReaderTest, ReadsTheWantedFieldsAndTheOneThatGivesZ) {
+    TableBuilder table;
+    table.Field("NAME", 'C', 4).Field("HEIGHT", 'N', 3).Field("MORE", 'C', 4);
+    BString const path = Diagonal(1).Table(table.Row({"Oslo", "23", "more"})).WriteTo(folder, "a");
+    BString const wanted[] = {"MORE", "none such"};
+    reader->Open(path, Options({{"FIELDS", BVariant(wanted, 2)}, {"USE_ATTRIBUTE_Z", "HEIGHT"}}));
+    reader->Read();
+    EXPECT_EQ(LayerOf(*reader).GetSchema().GetCount(), 2U);
+    BAttributes const& attributes = Features().GetAt(0)->attributes;
+    ASSERT_EQ(attributes.GetCount(), 2U);
+    EXPECT_STREQ(attributes.GetAt(1).GetValue().GetValueAsString("").Ascii(), "more");
+    EXPECT_EQ(TextsOf(Features()), Texts{"point Z[0 0 23]"});
+}
+
 TEST_F(ReaderTest, MakesALayerForEachFile) {
     Diagonal(1).Extent(0, 0, 1, 1).WriteTo(folder, "c");
     Diagonal(2).Extent(5, -5, 6, 0).WriteTo(folder, "a");
