@@ -32,7 +32,7 @@ _ambrel_shp() {
             mapfile -t COMPREPLY < <(compgen -f -- "$current")
             return
             ;;
-        --format) _ambrel_shp_words "geojson geojsonseq csv" "$current"; return ;;
+        --format) _ambrel_shp_words "geojson geojsonseq csv gpkg" "$current"; return ;;
         --geometry) _ambrel_shp_words "wkt xy wkb none" "$current"; return ;;
         --mode) _ambrel_shp_words "stream memory cache direct" "$current"; return ;;
         --encoding) _ambrel_shp_words "UTF-8 1252 1250 ISO-8859-1 ISO-8859-2 850 Big5" "$current"; return ;;

@@ -12,7 +12,8 @@ namespace Ambrel::Tool {
 #define AMBREL_FORMATS(FORMAT)                                                                     \
     FORMAT(GeoJson)                                                                                \
     FORMAT(GeoJsonSequence)                                                                        \
-    FORMAT(Csv)
+    FORMAT(Csv)                                                                                    \
+    FORMAT(GeoPackage)
 
 #define DECLARE_FORMAT(NAME) Format NAME##Format();
 #define MAKE_FORMAT(NAME) NAME##Format(),

@@ -29,6 +29,9 @@ public:
     }
     /// Adds bytes. Throws as TextSink::Write does.
     void Append(std::string_view bytes);
+    /// The file that stands for the result until Commit, for what is written by other means than
+    /// Append; empty where the result goes straight to its target.
+    std::string const& TemporaryPath() const noexcept { return temporaryPath; }
     /// Writes what waits and lets the file appear under its name.
     void Commit();
 

@@ -35,6 +35,10 @@ public:
     /// form.
     BString ToText() const;
 
+    /// The system as well-known text in one line: in the form of OGC 01-009 ("WKT 1") where it can
+    /// be said so, else in that of ISO 19162. Empty where PROJ has neither.
+    BString ToWkt() const;
+
     /// The name as PROJ has it, such as "WGS 84".
     BString const& GetName() const noexcept { return name; }
     /// The authority and its code, such as "EPSG:4326": of the EPSG register where the text states

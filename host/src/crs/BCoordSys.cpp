@@ -261,6 +261,11 @@ BCoordSys* BCoordSys::FromText(BString const& text) {
     return new BCoordSys(std::make_unique<Definition>(std::move(crs), std::move(context)));
 }
 
+BString BCoordSys::ToWkt() const {
+    std::string const text = definition->WellKnownText(PJ_WKT1_GDAL);
+    return text.empty() ? ToText() : BString::FromUtf8(text);
+}
+
 bool BCoordSys::ToFile(BString const& path) const {
     std::string const text = definition->WellKnownText(PJ_WKT1_ESRI);
     if (text.empty()) {
