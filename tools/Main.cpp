@@ -32,6 +32,7 @@ int main(int argc, char** argv) {
     Console console{.out = out,
                     .err = err,
                     .colors = WantsColors(),
+                    .isTerminal = isatty(STDOUT_FILENO) != 0,
                     .showProgress = isatty(STDERR_FILENO) != 0};
     return RunTool({argv + (argc > 0 ? 1 : 0), argv + argc}, console);
 }

@@ -35,5 +35,6 @@ std::unique_ptr<Command> MakeCheck();
 std::unique_ptr<Command> MakeTable();
 std::unique_ptr<Command> MakeSelect();
 std::unique_ptr<Command> MakeDraw();
+std::unique_ptr<Command> MakeSql();
 
 } // namespace Ambrel::Tool

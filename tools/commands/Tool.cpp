@@ -33,6 +33,7 @@ constexpr CommandEntry commandEntries[] = {
      "Draw shapefiles over each other, in the order given; those of one folder or wildcard with "
      "areas below lines below points",
      MakeDraw},
+    {"sql", "Ask shapefiles by SQL: each layer is a table, its fields are the columns", MakeSql},
 };
 
 /// What the command line is parsed into.
@@ -73,6 +74,7 @@ void AddEverything(CLI::App& app, CommandLine& line) {
                "  ambrel-shp check \"folder/*.shp\"\n"
                "  ambrel-shp table towns.shp --fields NAME,POP --limit 20\n"
                "  ambrel-shp select towns.shp --bbox 5,45,11,48\n"
+               "  ambrel-shp sql \"SELECT type, count(*) FROM roads GROUP BY 1\" roads.shp\n"
                "  ambrel-shp draw land.shp rivers.shp -o map.png --style \"rivers:color=navy\"\n\n"
                "Exit code: 0 done, 1 failed (the reason is on standard error), 2 wrong usage, 130 "
                "stopped.");

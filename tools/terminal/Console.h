@@ -58,6 +58,7 @@ struct Console {
     TextSink& out;
     TextSink& err;
     bool colors = false;             ///< `out` is a terminal that shall show colours
+    bool isTerminal = false;         ///< `out` is one
     bool showProgress = false;       ///< `err` is a terminal
     bool verbose = false;            ///< show the whole log
     std::string file = {};           ///< what is being worked on: warnings name it
