@@ -16,7 +16,7 @@ _ambrel_shp_words() {
 
 _ambrel_shp() {
     local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}
-    local commands="info export check table select draw" command="" word
+    local commands="info export check table select draw sql" command="" word
     COMPREPLY=()
 
     for word in "${COMP_WORDS[@]:1:COMP_CWORD-1}"; do
@@ -32,7 +32,14 @@ _ambrel_shp() {
             mapfile -t COMPREPLY < <(compgen -f -- "$current")
             return
             ;;
-        --format) _ambrel_shp_words "geojson geojsonseq csv gpkg" "$current"; return ;;
+        --format)
+            if [[ $command == sql ]]; then
+                _ambrel_shp_words "csv json table" "$current"
+                return
+            fi
+            _ambrel_shp_words "geojson geojsonseq csv gpkg" "$current"
+            return
+            ;;
         --geometry) _ambrel_shp_words "wkt xy wkb none" "$current"; return ;;
         --mode) _ambrel_shp_words "stream memory cache direct" "$current"; return ;;
         --encoding) _ambrel_shp_words "UTF-8 1252 1250 ISO-8859-1 ISO-8859-2 850 Big5" "$current"; return ;;
@@ -52,6 +59,7 @@ _ambrel_shp() {
             table) options+=" --fields --records --limit --encoding" ;;
             check) options+=" --all --quiet --json --encoding" ;;
             select) options+=" --bbox --json --with-deleted" ;;
+            sql) options+=" --format --encoding" ;;
             draw) options+=" --output --size --bbox --style" ;;
         esac
         _ambrel_shp_words "$options" "$current"
