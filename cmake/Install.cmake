@@ -33,7 +33,28 @@ if(CMAKE_OBJCOPY)
         COMMAND_ERROR_IS_FATAL ANY)")
 endif()
 install(DIRECTORY host/include/Ambrel TYPE INCLUDE FILES_MATCHING PATTERN "*.h")
-install(DIRECTORY ShpReader TYPE INCLUDE FILES_MATCHING PATTERN "*.h")
+
+# Of the plug-in's headers, those that hosts name, and what these include.
+set(headers
+    ShpReader/BShpFeatureCollection.h
+    ShpReader/dbf/BDbfFile.h
+    ShpReader/format/Findings.h
+    ShpReader/shp/BShpFile.h)
+if(EXISTS ${PROJECT_SOURCE_DIR}/ShpReader/writing/ShapefileWriter.h)
+    list(APPEND headers ShpReader/writing/ShapefileWriter.h)
+endif()
+while(headers)
+    list(POP_FRONT headers header)
+    if(NOT header IN_LIST installed_headers)
+        list(APPEND installed_headers ${header})
+        set_property(DIRECTORY ${PROJECT_SOURCE_DIR} APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${header})
+        get_filename_component(folder ${header} DIRECTORY)
+        install(FILES ${header} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/${folder})
+        file(STRINGS ${PROJECT_SOURCE_DIR}/${header} lines REGEX "^#include \"ShpReader/")
+        list(TRANSFORM lines REPLACE "^#include \"(.*)\"$" "\\1")
+        list(APPEND headers ${lines})
+    endif()
+endwhile()
 
 install(EXPORT AmbrelTargets NAMESPACE Ambrel:: DESTINATION ${package_dir})
 configure_package_config_file(cmake/AmbrelConfig.cmake.in ${PROJECT_BINARY_DIR}/AmbrelConfig.cmake

@@ -2,6 +2,7 @@
 
 #include "HostileSupport.h"
 
+#include <cerrno>
 #include <functional>
 
 #include <sys/resource.h>
@@ -98,8 +99,15 @@ TEST(FaultTest, HandlesMayRunOut) {
                                           {"BDbfFile::Open", "file.dbf"}}) {
         rlimit const limit = {handles++, former.rlim_max};
         ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &limit), 0);
-        EXPECT_BEXCEPTION(BShpFile().Open(path, BShpFile::readMode, true, BString()),
-                          BFileNotFoundException, operation, folder.File(name));
+        auto const open = [&] {
+            try {
+                BShpFile().Open(path, BShpFile::readMode, true, BString());
+            } catch (BException const& failure) {
+                EXPECT_EQ(failure.GetReason(), EMFILE) << "which is not a missing file";
+                throw;
+            }
+        };
+        EXPECT_BEXCEPTION(open(), BFileNotFoundException, operation, folder.File(name));
         ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &former), 0);
     }
 }
