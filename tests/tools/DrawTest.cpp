@@ -4,8 +4,8 @@
 
 #include <QImage>
 
-#include <chrono>
 #include <cmath>
+#include <ctime>
 
 namespace Ambrel::Test {
 namespace {
@@ -185,9 +185,9 @@ Vertices Comb(int teeth) {
 
 TEST_F(Draw, CostsWhatTheEdgesCross) {
     Write(ShapefileBuilder(5).Polygon({Comb(2000)}));
-    auto const start = std::chrono::steady_clock::now();
+    std::clock_t const start = std::clock(); // of this process: others do not count
     EXPECT_EQ(RunTool("draw map.shp -o map.png"), Printed(""));
-    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
+    EXPECT_LT(std::clock() - start, 5 * CLOCKS_PER_SEC);
 }
 
 TEST_F(Draw, DrawsNoMoreThanTheFileAccountsFor) {
