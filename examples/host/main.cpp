@@ -1,6 +1,6 @@
 // A host: loads the plug-in, then reads, selects, draws and writes shapefiles.
 #include <Ambrel/Ambrel.h>
-#include <ShpReader/shp/BShpFile.h> // for writing alone
+#include <ShpReader/writing/ShapefileWriter.h> // for writing alone
 
 #include <cstdio>
 #include <memory>
@@ -174,24 +174,25 @@ void LookAt(BDataManagerProxy& proxy, BString const& path, BRect const& window) 
                 renderer.GetCount());
 }
 
-void WriteTable(BString const& path) {
+void WriteTowns(BString const& path) {
     BAttributeDef name;
     name.name = "NAME";
     name.SetType(VAR_STRING);
-    name.width = 20;
+    name.width = 20; // 0: one that holds every value
     BAttributeDefs schema;
     schema.Add(name);
 
-    BShpFile file;
-    file.Open(path, BShpFile::writeMode, true, BString());
-    file.SetCoordSys(BSharedPtr<BCoordSys>(BCoordSys::FromText("EPSG:4326")));
-    file.PrepareTable(schema);
-    for (char const* const text : {"first", "second"}) {
-        BSharedPtr<BFeature> const feature(new BFeature);
-        feature->attributes.Add(BString("NAME"), BVariant(text));
-        file.WriteFeature(feature); // a null shape with its attribute record
-    }
-} // the destructor completes the headers and closes the files
+    constexpr std::int32_t points = 1; // the shape type
+    ShapefileWriter writer(path, points, schema,
+                           BSharedPtr<BCoordSys>(BCoordSys::FromText("EPSG:4326")));
+    BFeature town;
+    town.SetGeometry(BSharedPtr<BGeometry>(new BPointGeo(BPoint(7.45, 46.95))));
+    town.attributes.Add("NAME", "Bern");
+    writer.Write(town);
+    town.SetGeometry(BSharedPtr<BGeometry>()); // a null shape
+    writer.Write(town);
+    writer.Finish(); // puts all files in place; without it, nothing appears
+}
 
 int main(int argc, char** argv) {
     if (argc != 3) {
@@ -202,7 +203,7 @@ int main(int argc, char** argv) {
         PlugIn const plugIn(PLUG_IN);
         ReadAll(plugIn.Proxy(), argv[1]);
         LookAt(plugIn.Proxy(), argv[1], BRect(5, 45, 11, 48));
-        WriteTable(argv[2]);
+        WriteTowns(argv[2]);
         ReadAll(plugIn.Proxy(), argv[2]);
         return 0;
     } catch (BException const& error) {
