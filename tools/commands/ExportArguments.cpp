@@ -63,6 +63,9 @@ private:
         app.add_option("--geometry", options.formatOptions.geometry,
                        "Geometry in CSV: wkt (default), xy (points alone), wkb or none")
             ->type_name("FORM");
+        app.add_option("--output-encoding", options.formatOptions.encoding,
+                       "Encoding of a shapefile's texts (default: the source's)")
+            ->type_name("NAME");
         app.add_option("--precision", options.formatOptions.precision,
                        "Most decimals of coordinates in text formats (default: as many as it "
                        "takes)")

@@ -7,6 +7,8 @@
 #include "source/FindingReport.h"
 #include "terminal/Console.h"
 
+#include <filesystem>
+
 namespace Ambrel::Tool {
 
 namespace {
@@ -87,9 +89,18 @@ void RequireField(BAttributeDefs const& schema, std::string const& name) {
                                 BString::FromUtf8("there is no field " + name));
 }
 
+/// A shapefile that is read is not written over.
+void RefuseSource(BString const& source, std::string const& output) {
+    std::error_code error; // what is not there is not the source
+    if (std::filesystem::equivalent(std::string(source.Utf8()), output, error)) {
+        throw UsageException("--output: " + output + " is what is read");
+    }
+}
+
 /// False where a record could not be exported whole.
 bool ExportFile(Console& console, BString const& file, std::string const& outputPath,
                 ExportOptions const& options) {
+    RefuseSource(file, outputPath);
     Source source(console, file, options.source);
     if (!options.source.attributeZ.empty()) {
         RequireField(source.Layer().GetSchema(), options.source.attributeZ);
@@ -99,8 +110,15 @@ bool ExportFile(Console& console, BString const& file, std::string const& output
     if (!options.source.useAttributes) {
         layer.schema.Clear();
     }
+    if (options.toWgs84) {
+        layer.coordSys = BSharedPtr<BCoordSys>(BCoordSys::FromText("EPSG:4326"));
+    }
+    FormatOptions formatOptions = options.formatOptions;
+    if (formatOptions.encoding.empty()) {
+        formatOptions.encoding = source.Encoding();
+    }
     std::unique_ptr<FeatureWriter> const writer =
-        FormatFor(options.format, outputPath).make(console, outputPath, options.formatOptions);
+        FormatFor(options.format, outputPath).make(console, outputPath, formatOptions);
     Export const task(console, options, *writer, std::move(transform));
     writer->BeginLayer(layer);
     PassageCounts const counts =
@@ -113,7 +131,7 @@ bool ExportFile(Console& console, BString const& file, std::string const& output
                                   Counted(counts.deleted, "deleted row is|deleted rows are") +
                                   " left out; --with-deleted keeps them");
     }
-    return !console.report->HasLoss();
+    return writer->GetProblemCount() == 0 && !console.report->HasLoss();
 }
 
 } // namespace

@@ -37,13 +37,13 @@ _ambrel_shp() {
                 _ambrel_shp_words "csv json table" "$current"
                 return
             fi
-            _ambrel_shp_words "geojson geojsonseq csv gpkg" "$current"
+            _ambrel_shp_words "geojson geojsonseq csv gpkg shp" "$current"
             return
             ;;
         --geometry) _ambrel_shp_words "wkt xy wkb none" "$current"; return ;;
         --mode) _ambrel_shp_words "stream memory cache direct" "$current"; return ;;
         --encoding) _ambrel_shp_words "UTF-8 1252 1250 ISO-8859-1 ISO-8859-2 850 Big5" "$current"; return ;;
-        --bbox | --unpack-limit | --fields | --records | --limit | --precision | --z-attribute | --size | --style) return ;;
+        --bbox | --unpack-limit | --fields | --records | --limit | --precision | --output-encoding | --z-attribute | --size | --style) return ;;
     esac
 
     if [[ $current == -* ]]; then
@@ -54,7 +54,7 @@ _ambrel_shp() {
             info) options+=" --json --brief --encoding" ;;
             export)
                 options+=" --output --format --bbox --to-wgs84 --no-attributes --z-attribute"
-                options+=" --encoding --mode --geometry --precision --with-deleted --measures"
+                options+=" --encoding --mode --geometry --output-encoding --precision --with-deleted --measures"
                 ;;
             table) options+=" --fields --records --limit --encoding" ;;
             check) options+=" --all --quiet --json --encoding" ;;

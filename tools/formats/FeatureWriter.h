@@ -28,6 +28,8 @@ public:
     virtual void EndLayer() = 0;
     /// Puts the output in place.
     virtual void Finish() = 0;
+    /// How much of what was written differs from what was given, each told in a warning.
+    virtual std::uint64_t GetProblemCount() const { return 0; }
 };
 
 } // namespace Ambrel::Tool

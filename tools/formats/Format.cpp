@@ -13,7 +13,8 @@ namespace Ambrel::Tool {
     FORMAT(GeoJson)                                                                                \
     FORMAT(GeoJsonSequence)                                                                        \
     FORMAT(Csv)                                                                                    \
-    FORMAT(GeoPackage)
+    FORMAT(GeoPackage)                                                                             \
+    FORMAT(Shapefile)
 
 #define DECLARE_FORMAT(NAME) Format NAME##Format();
 #define MAKE_FORMAT(NAME) NAME##Format(),
@@ -66,6 +67,9 @@ void Format::Require(FormatOptions const& options) const {
     if (!options.geometry.empty() && !hasGeometryForms) {
         throw UsageException("--geometry: " + std::string(name) +
                              " has geometries in a form of its own");
+    }
+    if (!options.encoding.empty() && !hasEncoding) {
+        throw UsageException("--output-encoding: " + std::string(name) + " is always in UTF-8");
     }
     if (options.precision && !isText) {
         throw UsageException("--precision: " + std::string(name) + " has every digit");

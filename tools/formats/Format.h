@@ -23,7 +23,7 @@ struct FormatOptions {
     /// Most digits after the decimal point of coordinates in text; none: as many as it takes to
     /// read back the same number.
     std::optional<int> precision;
-    /// Encoding of a shapefile's table; empty for its default.
+    /// Encoding of a shapefile's table; empty for that of the source.
     std::string encoding;
 };
 
@@ -39,6 +39,7 @@ struct Format {
     /// output, a pipe or a device.
     bool isText = true;
     bool hasGeometryForms = false; ///< whether FormatOptions::geometry means something
+    bool hasEncoding = false;      ///< whether FormatOptions::encoding does
     /// The writer of an output at `path`. Throws OutputException and UsageException.
     std::unique_ptr<FeatureWriter> (*make)(Console& console, std::string const& path,
                                            FormatOptions const& options);

@@ -39,6 +39,8 @@ public:
     HoldMode Mode() const noexcept { return options.mode; }
     BVectorLayer& Layer() noexcept { return static_cast<BVectorLayer&>(*layer); }
     BDataReader& Reader() noexcept { return *reader; }
+    /// Of the table's texts; empty where it is not known, or no attributes are read.
+    std::string const& Encoding() const noexcept { return options.encoding; }
     /// The rectangle that the main file's header states.
     BRect Extent();
 
