@@ -4,6 +4,7 @@
 #include "commands/ForEachFile.h"
 #include "formats/Format.h"
 #include "formats/GeometryWalk.h"
+#include "formats/OutputFile.h"
 #include "source/FindingReport.h"
 #include "terminal/Console.h"
 
@@ -92,7 +93,8 @@ void RequireField(BAttributeDefs const& schema, std::string const& name) {
 /// A shapefile that is read is not written over.
 void RefuseSource(BString const& source, std::string const& output) {
     std::error_code error; // what is not there is not the source
-    if (std::filesystem::equivalent(std::string(source.Utf8()), output, error)) {
+    if (ExtensionOf(output) == ".shp" &&
+        std::filesystem::equivalent(std::string(source.Utf8()), output, error)) {
         throw UsageException("--output: " + output + " is what is read");
     }
 }
