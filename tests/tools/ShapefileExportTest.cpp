@@ -62,23 +62,21 @@ TEST_F(ShapefileExport, KeepsTheEncodingOfTheSourceOrTakesAnother) {
     EXPECT_EQ(RunTool("export new.shp --format csv").out,
               "text,wkt\r\n\xD0\x9C\xD0\xB8\xD1\x80z,POINT (1 2)\r\n");
     EXPECT_EQ(RunTool("export map.shp -o new.shp --output-encoding 1252"),
-              Failed(1,
-                     "ambrel-shp: warning: new.shp: 3 letters are not in the encoding and became "
-                     "\"?\" (map.shp)"));
+              Failed(1, "warning: new.shp: 3 letters are not in the encoding and became "
+                        "\"?\" (map.shp)"));
     EXPECT_EQ(RunTool("export new.shp --format csv").out, "text,wkt\r\n???z,POINT (1 2)\r\n");
 }
 
 TEST_F(ShapefileExport, LeavesNothingWhereItFails) {
     Write(SmallFile(1));
     for (auto const& [command, complaint] :
-         {std::pair{"export map.shp -o map.shp",
-                    "ambrel-shp: usage: --output: map.shp is what is read"},
+         {std::pair{"export map.shp -o map.shp", "usage: --output: map.shp is what is read"},
           {"export map.shp -o new.dbf --format shp",
-           "ambrel-shp: usage: --output: the name of a shapefile ends with .shp"},
+           "usage: --output: the name of a shapefile ends with .shp"},
           {"export map.shp -o new.shp --output-encoding UTF-16",
-           "ambrel-shp: usage: --output-encoding: UTF-16 is no encoding that a table can have"},
+           "usage: --output-encoding: UTF-16 is no encoding that a table can have"},
           {"export map.shp -o new.csv --output-encoding 1252",
-           "ambrel-shp: usage: --output-encoding: csv is always in UTF-8"}}) {
+           "usage: --output-encoding: csv is always in UTF-8"}}) {
         EXPECT_EQ(RunTool(command), Failed(2, complaint));
         EXPECT_EQ(NewFiles(), Texts());
     }
