@@ -37,6 +37,19 @@ TEST_F(DiskCacheTest, HasOneFileForEachLayerWhileTheLayerLives) {
     EXPECT_TRUE(Files().empty());
 }
 
+TEST_F(DiskCacheTest, LeavesNothingBehindWhereItChoosesTheNameHoweverTheProcessEnds) {
+    std::string const former = getenv("TMPDIR") ? getenv("TMPDIR") : "";
+    setenv("TMPDIR", folder.Path().c_str(), 1);
+    BDiskCacheFeatureCollection features("", 2);
+    for (int i = 0; i < 100; ++i) {
+        features.Add(NumberedPoint(i));
+    }
+    features.Sort(0, false);
+    EXPECT_TRUE(Files().empty());
+    EXPECT_EQ(Numbers(features).back(), 0);
+    former.empty() ? unsetenv("TMPDIR") : setenv("TMPDIR", former.c_str(), 1);
+}
+
 TEST_F(DiskCacheTest, NamesTheFileThatCanNotBeMade) {
     BString const missing = folder.File("missing/cache");
     BDiskCacheFeatureCollection features(missing, 2);

@@ -57,7 +57,9 @@ TEST(ValueTest, FormatsLikePrintf) {
           -2.5);
     check("%f %F %5.1f", INFINITY, -INFINITY, std::copysign(0.0, -1));
     check("%s|%8s|%-8s|%.2s", "text", "text", "text", "text");
-    EXPECT_EQ(BString::Format("%#g", 5.0).Utf8(), "5");
+    check("%#g %p", 5.0, static_cast<void const*>(expected));
+    EXPECT_EQ(BString::Format("%ls|%4.4ls|%lc", L"\xD800", L"a\u00FC\u4E2D", L'\u00FC'),
+              BString(L"\uFFFD|  a\u00FC|\u00FC").Utf8().data());
     std::string const otherSpelling = "%*I64i"; // Compilers here know "%*lli" alone.
     EXPECT_EQ(BString::Format(otherSpelling.c_str(), 5, 42LL).Utf8(), "   42");
 }

@@ -48,13 +48,13 @@ public:
         points.Add(point);
     }
     BPoints const& GetPoints() const noexcept { return points; }
-    void SetPoints(BPoints const& newPoints) {
+    void SetPoints(BPoints const& vertices) {
         DropIndex();
-        points = newPoints;
+        points = vertices;
     }
-    void SetPoints(BPoints&& newPoints) noexcept {
+    void SetPoints(BPoints&& vertices) noexcept {
         DropIndex();
-        points = std::move(newPoints);
+        points = std::move(vertices);
     }
     /// Gives the vertices away and leaves the ring empty.
     BPoints TakePoints() noexcept {
@@ -98,7 +98,7 @@ public:
     BDonut() noexcept : BAreaGeo(GEO_DONUT) {}
     ~BDonut() override;
 
-    void SetShell(BSharedPtr<BAreaGeo> const& newShell) { shell = newShell; }
+    void SetShell(BSharedPtr<BAreaGeo> const& ring) { shell = ring; }
     void AddHole(BSharedPtr<BAreaGeo> const& hole) { holes.push_back(hole); }
     void ReserveHoles(std::uint64_t count) { holes.reserve(count); }
     /// The shell; empty until it is set.

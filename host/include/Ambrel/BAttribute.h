@@ -15,7 +15,7 @@ public:
     std::int32_t decimals = 0; ///< digits after the decimal point
     bool isDate = false;       ///< whether the values are dates: eight digits, year first
 
-    void SetType(EVariantType newType) noexcept { type = newType; }
+    void SetType(EVariantType valueType) noexcept { type = valueType; }
     EVariantType GetType() const noexcept { return type; }
 
 private:
@@ -41,14 +41,15 @@ private:
 class AMBREL_API BAttribute final {
 public:
     BAttribute() noexcept = default;
-    BAttribute(BString const& newName, BVariant const& newValue) : name(newName), value(newValue) {}
-    BAttribute(BString const& newName, BVariant&& newValue) noexcept
-        : name(newName), value(std::move(newValue)) {}
+    BAttribute(BString const& fieldName, BVariant const& content)
+        : name(fieldName), value(content) {}
+    BAttribute(BString const& fieldName, BVariant&& content) noexcept
+        : name(fieldName), value(std::move(content)) {}
 
-    void SetName(BString const& newName) { name = newName; }
+    void SetName(BString const& fieldName) { name = fieldName; }
     BString const& GetName() const noexcept { return name; }
-    void SetValue(BVariant const& newValue) { value = newValue; }
-    void SetValue(BVariant&& newValue) noexcept { value = std::move(newValue); }
+    void SetValue(BVariant const& content) { value = content; }
+    void SetValue(BVariant&& content) noexcept { value = std::move(content); }
     BVariant& GetValue() noexcept { return value; }
     BVariant const& GetValue() const noexcept { return value; }
     void SetAsNull() noexcept { value.SetAsNull(); }

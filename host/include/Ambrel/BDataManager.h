@@ -72,7 +72,7 @@ public:
     /// The outcome of the last Open or Read: an EReadResult.
     std::int32_t GetReadResult() const noexcept { return readResult; }
     /// Sets the observer of reads, not owned; null for none.
-    void SetProgress(BProgress* newProgress) noexcept { progress = newProgress; }
+    void SetProgress(BProgress* observer) noexcept { progress = observer; }
     /// What the host gave when the object was created.
     BCoordSysRepository* GetRepository() const noexcept { return repository; }
     BLogger* GetLogger() const noexcept { return logger; }
@@ -82,9 +82,9 @@ public:
     static BRect ExtentsOf(BParamList const& answer);
 
 protected:
-    BDataManager(BString const& newFormat, BParamList const& newOptions);
+    BDataManager(BString const& formatName, BParamList const& readOptions);
 
-    void SetStatus(EStatus newStatus) noexcept { status = newStatus; }
+    void SetStatus(EStatus value) noexcept { status = value; }
     BParamList MakeExtentsParamList(BRect const& rectangle) const;
 
     BLayers layers;

@@ -21,7 +21,8 @@ class FeatureStore;
 class AMBREL_API BDiskCacheFeatureCollection final : public BFeatureCollection {
 public:
     /// `baseName`: path and first part of the name of the store's files; the folder must exist.
-    /// Empty: "AmbrelCache" in the folder for temporary files. `pageSize`: features in a page;
+    /// Empty: in the folder for temporary files, under no name, so that nothing stays however the
+    /// process ends. `pageSize`: features in a page;
     /// below 1 stands for the default of 1024.
     BDiskCacheFeatureCollection(BString const& baseName, int pageSize);
     BDiskCacheFeatureCollection(BDiskCacheFeatureCollection const&) = delete;

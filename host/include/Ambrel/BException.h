@@ -9,8 +9,9 @@ namespace Ambrel {
 /// Base of all failures that the host and its plug-ins report.
 class AMBREL_API BException : public std::exception {
 public:
-    BException(BString const& newCategory, BString const& newOperation, BString const& newMessage)
-        : category(newCategory), operation(newOperation), message(newMessage) {}
+    BException(BString const& categoryName, BString const& operationName,
+               BString const& messageText)
+        : category(categoryName), operation(operationName), message(messageText) {}
     BException(BException const&) noexcept = default;
     BException& operator=(BException const&) noexcept = default;
     ~BException() override;
@@ -42,7 +43,7 @@ private:
 #define AMBREL_DECLARE_EXCEPTION(Class, Base)                                                      \
     class AMBREL_API Class : public Base {                                                         \
     public:                                                                                        \
-        Class(BString const& newOperation, BString const& newMessage);                             \
+        Class(BString const& operationName, BString const& messageText);                           \
         Class(Class const&) noexcept = default;                                                    \
         Class& operator=(Class const&) noexcept = default;                                         \
         ~Class() override;                                                                         \

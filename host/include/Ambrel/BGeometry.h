@@ -51,7 +51,7 @@ public:
     virtual void Transform(BTransform const& transform, bool reverse) = 0;
 
 protected:
-    explicit BGeometry(EGeometryType newType) noexcept : type(newType) {}
+    explicit BGeometry(EGeometryType kind) noexcept : type(kind) {}
     BGeometry(BGeometry const&) noexcept = default;
     BGeometry& operator=(BGeometry const&) noexcept = default;
 };
@@ -59,11 +59,11 @@ protected:
 /// A single position.
 class AMBREL_API BPointGeo final : public BGeometry {
 public:
-    explicit BPointGeo(BPoint const& newPoint) noexcept : BGeometry(GEO_POINT), point(newPoint) {}
+    explicit BPointGeo(BPoint const& position) noexcept : BGeometry(GEO_POINT), point(position) {}
     ~BPointGeo() override;
 
     BPoint const& GetPoint() const noexcept { return point; }
-    void SetPoint(BPoint const& newPoint) noexcept { point = newPoint; }
+    void SetPoint(BPoint const& position) noexcept { point = position; }
     void SetZ(double z) noexcept { point.Z = z; }
 
     BSharedPtr<BGeometry> Clone() const override;
@@ -94,8 +94,8 @@ public:
     void AddPoint(BPoint const& point) { points.Add(point); }
     void Reserve(std::uint64_t count) { points.Reserve(count); }
     BPoints const& GetPoints() const noexcept { return points; }
-    void SetPoints(BPoints const& newPoints) { points = newPoints; }
-    void SetPoints(BPoints&& newPoints) noexcept { points = std::move(newPoints); }
+    void SetPoints(BPoints const& vertices) { points = vertices; }
+    void SetPoints(BPoints&& vertices) noexcept { points = std::move(vertices); }
 
     BSharedPtr<BGeometry> Clone() const override;
     BBox ComputeMBB() const override;

@@ -19,7 +19,7 @@ public:
     BLayer& operator=(BLayer const&) = delete;
     ~BLayer() override;
 
-    virtual void SetCoordSys(BSharedPtr<BCoordSys> const& newCoordSys);
+    virtual void SetCoordSys(BSharedPtr<BCoordSys> const& system);
     /// The coordinate system; an empty holder when it is not known.
     BSharedPtr<BCoordSys> const& GetCoordSys() const noexcept { return coordSys; }
 
@@ -36,17 +36,17 @@ public:
     BVectorLayer(BString const& cacheBaseName, int pageSize);
     ~BVectorLayer() override;
 
-    void Set3d(bool newIs3d) noexcept { is3d = newIs3d; }
+    void Set3d(bool hasZ) noexcept { is3d = hasZ; }
     bool Is3d() const noexcept { return is3d; }
-    void SetSchema(BAttributeDefs const& newSchema) { schema = newSchema; }
+    void SetSchema(BAttributeDefs const& definitions) { schema = definitions; }
     BAttributeDefs const& GetSchema() const noexcept { return schema; }
-    void SetSingleGeometryClass(EGeometryClass newClass) noexcept { geometryClass = newClass; }
+    void SetSingleGeometryClass(EGeometryClass single) noexcept { geometryClass = single; }
     EGeometryClass GetSingleGeometryClass() const noexcept { return geometryClass; }
 
     /// Replaces the features. The layer owns the collection from now on.
-    void SetFeaturesPtr(BFeatureCollection* newFeatures) noexcept {
-        if (newFeatures != features.get()) {
-            features.reset(newFeatures);
+    void SetFeaturesPtr(BFeatureCollection* collection) noexcept {
+        if (collection != features.get()) {
+            features.reset(collection);
         }
     }
     BFeatureCollection& GetFeatures() noexcept { return *features; }

@@ -42,15 +42,15 @@ public:
     }
 
     /// The least severe lines that are written, LOG_WARNING at first.
-    void SetThreshold(ELogSeverity newThreshold) noexcept { threshold = newThreshold; }
+    void SetThreshold(ELogSeverity severity) noexcept { threshold = severity; }
     ELogSeverity GetThreshold() const noexcept { return threshold; }
     /// Replaces the sink and returns the former one; an empty one stands for standard error. The
     /// sink is called under a lock, one line at a time, and must neither write lines nor replace
     /// the sink itself.
-    Sink SetSink(Sink newSink);
+    Sink SetSink(Sink replacement);
     /// Replaces the entry sink, none at first, and returns the former one. It gets every line that
     /// the sink gets, right after it and under the same lock; lines of WriteLine have code 0.
-    EntrySink SetEntrySink(EntrySink newSink);
+    EntrySink SetEntrySink(EntrySink replacement);
 
 private:
     std::atomic<ELogSeverity> threshold{LOG_WARNING};

@@ -28,12 +28,12 @@ class BSharedPtr final {
 public:
     BSharedPtr() noexcept = default;
 
-    /// Takes ownership of `newObject`; if the count can not be had (std::bad_alloc), deletes it.
-    explicit BSharedPtr(T* newObject) : object(newObject) {
+    /// Takes ownership of `ownObject`; if the count can not be had (std::bad_alloc), deletes it.
+    explicit BSharedPtr(T* ownObject) : object(ownObject) {
         try {
             count = detail::AcquireUseCount();
         } catch (...) {
-            delete newObject;
+            delete ownObject;
             throw;
         }
         count->store(1, std::memory_order_relaxed);

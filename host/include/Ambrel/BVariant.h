@@ -78,7 +78,7 @@ public:
     EVariantType GetType() const noexcept { return type; }
     /// Renames the value's type without converting the value: a text becomes a date, an integer a
     /// short one. What a type can not mean for the value held is found when it is asked for.
-    void SetType(EVariantType newType) noexcept { type = newType; }
+    void SetType(EVariantType asType) noexcept { type = asType; }
     bool IsNull() const noexcept { return storage == Storage::Nothing; }
 
     std::int8_t GetValueAsByte(std::int8_t otherwise) const;

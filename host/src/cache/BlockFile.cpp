@@ -14,8 +14,9 @@ namespace Ambrel {
 namespace {
 
 QString FileTemplate(BString const& baseName) {
-    return MakeQString(baseName) +
-           QStringLiteral("-%1-XXXXXX.cache").arg(QCoreApplication::applicationPid());
+    QString const start = baseName.IsEmpty() ? QDir::tempPath() + QStringLiteral("/AmbrelCache")
+                                             : MakeQString(baseName);
+    return start + QStringLiteral("-%1-XXXXXX.cache").arg(QCoreApplication::applicationPid());
 }
 
 /// Large pages, as blocks are large; a small cache, as blocks that are in use are kept outside. The
@@ -32,7 +33,7 @@ constexpr char const* setUp = "PRAGMA page_size=65536;"
 /// Makes a statement ready for its next use, also when the current one fails.
 class ResetAtEnd final {
 public:
-    explicit ResetAtEnd(sqlite3_stmt* newStatement) noexcept : statement(newStatement) {}
+    explicit ResetAtEnd(sqlite3_stmt* prepared) noexcept : statement(prepared) {}
     ResetAtEnd(ResetAtEnd const&) = delete;
     ResetAtEnd& operator=(ResetAtEnd const&) = delete;
     ~ResetAtEnd() {
@@ -60,10 +61,11 @@ BlockFile::BlockFile(BString const& baseName) : file(FileTemplate(baseName)) {
                                  BString::FromQString(FileTemplate(baseName) +
                                                       QStringLiteral(": ") + file.errorString()));
     }
+    name = BString::FromQString(file.fileName());
     // The name in the bytes that the system knows it by, whatever the locale is.
-    QByteArray const name = QFile::encodeName(file.fileName());
+    QByteArray const encoded = QFile::encodeName(file.fileName());
     sqlite3* opened = nullptr;
-    int const code = sqlite3_open_v2(name.constData(), &opened,
+    int const code = sqlite3_open_v2(encoded.constData(), &opened,
                                      SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX, nullptr);
     database.reset(opened);
     if (code != SQLITE_OK) {
@@ -73,13 +75,12 @@ BlockFile::BlockFile(BString const& baseName) : file(FileTemplate(baseName)) {
     write = Prepare("INSERT OR REPLACE INTO block VALUES(?1, ?2)");
     read = Prepare("SELECT bytes FROM block WHERE id = ?1");
     remove = Prepare("DELETE FROM block WHERE id = ?1");
+    if (baseName.IsEmpty()) {
+        file.remove();
+    }
 }
 
 BlockFile::~BlockFile() = default;
-
-BString BlockFile::Name() const {
-    return BString::FromQString(file.fileName());
-}
 
 void BlockFile::Execute(char const* sql) {
     int const code = sqlite3_exec(database.get(), sql, nullptr, nullptr, nullptr);
@@ -149,7 +150,7 @@ void BlockFile::Fail(char const* operation, int code) const {
         throw std::bad_alloc();
     }
     throw BResourceException(operation,
-                             BString::Format("%s: %s", Name().Ascii(), sqlite3_errstr(code)));
+                             BString::Format("%s: %s", name.Ascii(), sqlite3_errstr(code)));
 }
 
 } // namespace Ambrel

@@ -23,7 +23,8 @@ namespace Ambrel {
 class BlockFile final {
 public:
     /// Makes the file: `baseName` is the path and the first part of its name. The folder must
-    /// exist.
+    /// exist. Empty: a file in the folder for temporary files that loses its name at once, where
+    /// the system allows that, so that nothing stays however the process ends.
     explicit BlockFile(BString const& baseName);
     BlockFile(BlockFile const&) = delete;
     BlockFile& operator=(BlockFile const&) = delete;
@@ -35,7 +36,7 @@ public:
     /// The bytes under a number that was written.
     BByteArray Read(std::int64_t id);
     void Remove(std::int64_t id);
-    BString Name() const;
+    BString const& Name() const noexcept { return name; }
 
 private:
     struct CloseDatabase {
@@ -54,6 +55,7 @@ private:
     [[noreturn]] void Fail(char const* operation, int code) const;
 
     QTemporaryFile file; ///< makes the file exclusively and removes it
+    BString name;        ///< of the file, which may have lost it
     std::unique_ptr<sqlite3, CloseDatabase> database;
     Statement write;
     Statement read;

@@ -41,8 +41,8 @@ inline void AppendText(BByteArray& bytes, std::string_view text) {
 /// wrong.
 class ByteReader final {
 public:
-    ByteReader(char const* newOperation, std::uint8_t const* bytes, std::size_t size) noexcept
-        : operation(newOperation), next(bytes), end(bytes + size) {}
+    ByteReader(char const* operationName, std::uint8_t const* bytes, std::size_t size) noexcept
+        : operation(operationName), next(bytes), end(bytes + size) {}
 
     std::size_t Remaining() const noexcept { return static_cast<std::size_t>(end - next); }
 

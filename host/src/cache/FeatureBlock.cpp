@@ -57,10 +57,9 @@ void FeatureBlock::Remove(std::uint64_t index) {
     MoveStarts(index, size, 0);
 }
 
-void FeatureBlock::MoveStarts(std::uint64_t first, std::size_t oldSize,
-                              std::size_t newSize) noexcept {
+void FeatureBlock::MoveStarts(std::uint64_t first, std::size_t oldSize, std::size_t size) noexcept {
     for (std::uint64_t i = first; i < starts.size(); ++i) {
-        starts[i] = starts[i] - oldSize + newSize;
+        starts[i] = starts[i] - oldSize + size;
     }
 }
 
@@ -180,10 +179,9 @@ std::uint64_t SizeOfCollection(BFeatureCollection const& features) {
     return size;
 }
 
-CollectionReader::CollectionReader(BByteArray const& newBytes, std::uint64_t position,
-                                   char const* newOperation)
-    : bytes(newBytes), operation(newOperation),
-      reader(newOperation, newBytes.data(), newBytes.size()) {
+CollectionReader::CollectionReader(BByteArray const& source, std::uint64_t position,
+                                   char const* operationName)
+    : bytes(source), operation(operationName), reader(operationName, source.data(), source.size()) {
     if (position > bytes.size()) {
         reader.Fail("the position is behind the bytes");
     }

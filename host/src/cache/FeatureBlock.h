@@ -63,7 +63,7 @@ private:
     ByteReader ReaderOf(std::uint64_t index, char const* operation) const noexcept {
         return ByteReader(operation, bytes.data() + Start(index), FeatureSize(index));
     }
-    void MoveStarts(std::uint64_t first, std::size_t oldSize, std::size_t newSize) noexcept;
+    void MoveStarts(std::uint64_t first, std::size_t oldSize, std::size_t size) noexcept;
     void Seal();
     void Unseal() noexcept;
 
@@ -81,7 +81,7 @@ std::uint64_t SizeOfCollection(BFeatureCollection const& features);
 /// Throws BFileContentNotValidException with the operation.
 class CollectionReader final {
 public:
-    CollectionReader(BByteArray const& newBytes, std::uint64_t position, char const* newOperation);
+    CollectionReader(BByteArray const& source, std::uint64_t position, char const* operationName);
 
     /// The next feature; an empty holder after the last one.
     BSharedPtr<BFeature> Next();

@@ -3,8 +3,6 @@
 #include "Ambrel/BFileUtilities.h"
 #include "cache/BlockFile.h"
 
-#include <QDir>
-
 #include <algorithm>
 
 namespace Ambrel {
@@ -12,13 +10,6 @@ namespace Ambrel {
 namespace {
 
 constexpr char const* readOperation = "FeatureStore::Read";
-
-/// Absolute, so that the store stays where it is when the process changes its folder.
-BString CompleteBaseName(BString const& baseName) {
-    return baseName.IsEmpty()
-               ? BString::FromQString(QDir::tempPath() + QStringLiteral("/AmbrelCache"))
-               : BFileUtilities::CompletePath(baseName);
-}
 
 constexpr int defaultPageSize = 1024;
 
@@ -39,9 +30,11 @@ auto ReadFrom(BlockFile const& file, Action const& action) {
 
 } // namespace
 
-FeatureStore::FeatureStore(BString const& newBaseName, int newPageSize)
-    : baseName(CompleteBaseName(newBaseName)),
-      pageSize(static_cast<std::uint64_t>(newPageSize < 1 ? defaultPageSize : newPageSize)) {}
+// The name is completed, so that the store stays where it is when the process changes its folder.
+FeatureStore::FeatureStore(BString const& cacheBaseName, int featuresPerPage)
+    : baseName(BFileUtilities::CompletePath(cacheBaseName)),
+      pageSize(
+          static_cast<std::uint64_t>(featuresPerPage < 1 ? defaultPageSize : featuresPerPage)) {}
 
 FeatureStore::~FeatureStore() = default;
 

@@ -19,7 +19,7 @@ class BlockFile;
 class FeatureStore final {
 public:
     /// See BDiskCacheFeatureCollection.
-    FeatureStore(BString const& baseName, int newPageSize);
+    FeatureStore(BString const& baseName, int featuresPerPage);
     FeatureStore(FeatureStore const&) = delete;
     FeatureStore& operator=(FeatureStore const&) = delete;
     ~FeatureStore();

@@ -16,7 +16,7 @@ char const* BException::GetClassName() const noexcept {
 }
 
 #define AMBREL_DEFINE_EXCEPTION(Class, ...)                                                        \
-    Class::Class(BString const& newOperation, BString const& newMessage) : __VA_ARGS__ {}          \
+    Class::Class(BString const& operationName, BString const& messageText) : __VA_ARGS__ {}        \
     Class::~Class() = default;                                                                     \
     char const* Class::GetClassName() const noexcept {                                             \
         return #Class;                                                                             \
@@ -24,10 +24,10 @@ char const* BException::GetClassName() const noexcept {
     static_assert(true)
 
 #define AMBREL_DEFINE_ROOT(Class)                                                                  \
-    AMBREL_DEFINE_EXCEPTION(Class, BException(hostCategory, newOperation, newMessage))
+    AMBREL_DEFINE_EXCEPTION(Class, BException(hostCategory, operationName, messageText))
 
 #define AMBREL_DEFINE_DATA_MANAGER_FAILURE(Class)                                                  \
-    AMBREL_DEFINE_EXCEPTION(Class, BDataManagerException(newOperation, newMessage))
+    AMBREL_DEFINE_EXCEPTION(Class, BDataManagerException(operationName, messageText))
 
 AMBREL_DEFINE_ROOT(BDataManagerException);
 AMBREL_DEFINE_ROOT(BResourceException);

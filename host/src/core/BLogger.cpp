@@ -28,14 +28,14 @@ BLogger* BLogger::Instance() noexcept {
     return instance;
 }
 
-BLogger::Sink BLogger::SetSink(Sink newSink) {
+BLogger::Sink BLogger::SetSink(Sink replacement) {
     std::lock_guard const hold(sinkLock);
-    return std::exchange(sink, std::move(newSink));
+    return std::exchange(sink, std::move(replacement));
 }
 
-BLogger::EntrySink BLogger::SetEntrySink(EntrySink newSink) {
+BLogger::EntrySink BLogger::SetEntrySink(EntrySink replacement) {
     std::lock_guard const hold(sinkLock);
-    return std::exchange(entrySink, std::move(newSink));
+    return std::exchange(entrySink, std::move(replacement));
 }
 
 void BLogger::WriteLine(ELogSeverity severity, char const* format, ...) noexcept {

@@ -7,8 +7,8 @@ namespace Ambrel {
 
 BLayer::~BLayer() = default;
 
-void BLayer::SetCoordSys(BSharedPtr<BCoordSys> const& newCoordSys) {
-    coordSys = newCoordSys;
+void BLayer::SetCoordSys(BSharedPtr<BCoordSys> const& system) {
+    coordSys = system;
 }
 
 BVectorLayer::BVectorLayer() : features(std::make_unique<BMemoryFeatureCollection>()) {}

@@ -103,9 +103,9 @@ private:
         }
     }
 
-    void SetNumber(long double newNumber) {
-        kind = std::isnan(newNumber) ? Kind::NotANumber : Kind::Number;
-        number = newNumber;
+    void SetNumber(long double real) {
+        kind = std::isnan(real) ? Kind::NotANumber : Kind::Number;
+        number = real;
     }
 
     Kind kind = Kind::Nothing;

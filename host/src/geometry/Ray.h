@@ -34,7 +34,7 @@ inline int SideOf(BPoint const& a, BPoint const& b, BPoint const& point) noexcep
 /// order and direction the edges come, the answer is the same.
 class Ray final {
 public:
-    explicit Ray(BPoint const& newOrigin) noexcept : origin(newOrigin) {}
+    explicit Ray(BPoint const& start) noexcept : origin(start) {}
 
     /// Counts the edge's crossing. An edge owns its lower end, so that a vertex counts once.
     void Cross(BPoint const& a, BPoint const& b) noexcept {

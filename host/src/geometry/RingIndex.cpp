@@ -176,8 +176,8 @@ RingIndex::Box RingIndex::BoxOfRuns(Level const& lower, std::uint64_t firstRun) 
 /// One point's way down the levels.
 class RingIndex::Query final {
 public:
-    Query(RingIndex const& newIndex, BPoints const& newRing, BPoint const& newPoint) noexcept
-        : index(newIndex), ring(newRing), point(newPoint), ray(newPoint) {}
+    Query(RingIndex const& edges, BPoints const& vertices, BPoint const& position) noexcept
+        : index(edges), ring(vertices), point(position), ray(position) {}
 
     bool Run() noexcept {
         CrossRun(index.levels.size() - 1, 0);

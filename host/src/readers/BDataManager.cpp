@@ -28,8 +28,8 @@ constexpr int defaultPageSize = 1024;
 
 } // namespace
 
-BDataManager::BDataManager(BString const& newFormat, BParamList const& newOptions)
-    : options(newOptions), format(newFormat) {}
+BDataManager::BDataManager(BString const& formatName, BParamList const& readOptions)
+    : options(readOptions), format(formatName) {}
 
 BDataManager::~BDataManager() = default;
 

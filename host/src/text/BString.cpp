@@ -116,14 +116,14 @@ void BString::Free(Rep* rep) noexcept {
 }
 
 void BString::AssignUtf8(char const* text, std::size_t size) {
-    Rep* newRep = nullptr;
+    Rep* fresh = nullptr;
     if (size > 0) {
-        newRep = Allocate(size);
-        std::memcpy(newRep->Bytes(), text, size);
-        newRep->Bytes()[size] = '\0';
+        fresh = Allocate(size);
+        std::memcpy(fresh->Bytes(), text, size);
+        fresh->Bytes()[size] = '\0';
     }
     Release();
-    rep = newRep;
+    rep = fresh;
 }
 
 wchar_t const* BString::c_str() const {
