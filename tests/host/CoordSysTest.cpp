@@ -209,7 +209,7 @@ TEST(CoordSys, NothingInATextOpensAFile) {
         {inProj4("+proj=longlat +ellps=WGS84 nadgrids = " + grid), "nadgrids ="},
         {inProj4("+proj=longlat +ellps=WGS84 +geoidgrids=" + grid), "geoidgrids="},
         {inProj4("+proj=longlat +grids=" + grid), "grids="},
-        {inProj4("+proj=pipeline +step +proj=vgridshift +grids=" + grid), "pipeline"},
+        {inProj4("+proj=pipeline +step +proj=vgridshift +grids=" + grid), "proj="},
         {inProj4("+init=" + grid + ":1"), "init="},
         {inProj4("+proj=defmodel +model=" + grid), "model="},
         {inProj4("+proj=longlat +catalog=" + grid), "catalog="},

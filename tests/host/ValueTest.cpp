@@ -59,7 +59,7 @@ TEST(ValueTest, FormatsLikePrintf) {
     check("%s|%8s|%-8s|%.2s", "text", "text", "text", "text");
     check("%#g %p", 5.0, static_cast<void const*>(expected));
     EXPECT_EQ(BString::Format("%ls|%4.4ls|%lc", L"\xD800", L"a\u00FC\u4E2D", L'\u00FC'),
-              BString(L"\uFFFD|  a\u00FC|\u00FC").Utf8().data());
+              BString(L"\uFFFD| a\u00FC|\u00FC"));
     std::string const otherSpelling = "%*I64i"; // Compilers here know "%*lli" alone.
     EXPECT_EQ(BString::Format(otherSpelling.c_str(), 5, 42LL).Utf8(), "   42");
 }

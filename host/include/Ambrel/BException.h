@@ -6,6 +6,9 @@
 
 namespace Ambrel {
 
+/// The category of everything that is thrown by the host and its plug-ins.
+inline constexpr char const* exceptionCategory = "Ambrel Exception";
+
 /// Base of all failures that the host and its plug-ins report.
 class AMBREL_API BException : public std::exception {
 public:
@@ -18,7 +21,7 @@ public:
 
     /// The message as UTF-8; valid while the exception lives.
     char const* what() const noexcept override { return message.Ascii(); }
-    /// "Ambrel Exception".
+    /// exceptionCategory.
     BString const& GetCategory() const noexcept { return category; }
     /// Where it happened: class name, two colons, operation name.
     BString const& GetOperation() const noexcept { return operation; }
@@ -39,7 +42,7 @@ private:
 };
 
 /// Declares a failure that is built from the operation and the message alone; its category is
-/// "Ambrel Exception".
+/// exceptionCategory.
 #define AMBREL_DECLARE_EXCEPTION(Class, Base)                                                      \
     class AMBREL_API Class : public Base {                                                         \
     public:                                                                                        \

@@ -72,8 +72,8 @@ public:
 
     /// printf-style formatting that does not depend on the locale. Understands the conversions
     /// d i u c s p x X o f F e E g G a A %, the flags, widths and precisions (`*` too), and the
-    /// lengths hh h l ll j z t I64; `#` does nothing to g and G. `%s` takes 8-bit text as Ascii()
-    /// gives it, `%ls` wide text. The result is decoded as 8-bit text is.
+    /// lengths hh h l ll j z t I64. `%s` takes 8-bit text as Ascii() gives it, `%ls` wide text. The
+    /// result is decoded as 8-bit text is.
     static BString Format(char const* format, ...) __attribute__((format(printf, 1, 2)));
 
     /// Text that is known to be valid UTF-8: no codec is applied.

@@ -2,13 +2,6 @@
 
 namespace Ambrel {
 
-namespace {
-
-/// The category of everything that is thrown by the host and its plug-ins.
-constexpr char const* hostCategory = "Ambrel Exception";
-
-} // namespace
-
 BException::~BException() = default;
 
 char const* BException::GetClassName() const noexcept {
@@ -24,7 +17,7 @@ char const* BException::GetClassName() const noexcept {
     static_assert(true)
 
 #define AMBREL_DEFINE_ROOT(Class)                                                                  \
-    AMBREL_DEFINE_EXCEPTION(Class, BException(hostCategory, operationName, messageText))
+    AMBREL_DEFINE_EXCEPTION(Class, BException(exceptionCategory, operationName, messageText))
 
 #define AMBREL_DEFINE_DATA_MANAGER_FAILURE(Class)                                                  \
     AMBREL_DEFINE_EXCEPTION(Class, BDataManagerException(operationName, messageText))

@@ -147,7 +147,7 @@ private:
     [[noreturn]] void Fail(PJ_DIRECTION direction, BPoint const& point, int error) const {
         char const* const reason =
             error != 0 ? proj_context_errno_string(context.get(), error) : "no image";
-        throw BException("Ambrel Exception",
+        throw BException(exceptionCategory,
                          direction == PJ_FWD ? "BTransform::Forward" : "BTransform::Reverse",
                          BString::Format("The position %.17g, %.17g can not be transformed: %s",
                                          point.X, point.Y, reason));
@@ -298,7 +298,7 @@ std::unique_ptr<BTransform> BCoordSys::MakeTransformTo(BCoordSys const& target) 
                             : nullptr);
     if (!normalized) {
         throw BException(
-            "Ambrel Exception", "BCoordSys::MakeTransformTo",
+            exceptionCategory, "BCoordSys::MakeTransformTo",
             BString::Format("No transformation from %s to %s", name.Ascii(), target.name.Ascii()));
     }
     return std::make_unique<ProjTransform>(std::move(context), std::move(normalized));

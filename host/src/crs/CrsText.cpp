@@ -109,7 +109,7 @@ std::string_view SuspectPart(std::string_view text) noexcept {
     if (text.substr(0, 1) == "{") {
         return text.substr(0, 1);
     }
-    for (std::string_view const keyword : {"PARAMETERFILE", "PROJ4_GRIDS", "pipeline"}) {
+    for (std::string_view const keyword : {"PARAMETERFILE", "PROJ4_GRIDS"}) {
         std::size_t const found = FindInAnyCase(text, keyword);
         if (found != std::string_view::npos) {
             return text.substr(found, keyword.size());

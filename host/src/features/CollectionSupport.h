@@ -25,7 +25,7 @@ inline void RequireIndexBelow(char const* operation, std::uint64_t index, std::u
 /// Throws BException when the holder is empty: collections hold features.
 inline void RequireFeature(char const* operation, BSharedPtr<BFeature> const& feature) {
     if (!feature) {
-        throw BException("Ambrel Exception", operation, "The holder has no feature");
+        throw BException(exceptionCategory, operation, "The holder has no feature");
     }
 }
 
