@@ -79,7 +79,7 @@ set(doc_dir ${CMAKE_INSTALL_DATADIR}/doc/ambrel)
 install(FILES README.md DESTINATION ${doc_dir})
 install(FILES LICENSE DESTINATION ${doc_dir})
 install(FILES LICENSE DESTINATION ${doc_dir} RENAME copyright)
-install(FILES docs/architecture.md docs/embedding.md docs/performance.md docs/robustness.md docs/map.png
+install(FILES docs/architecture.md docs/embedding.md docs/messages.md docs/performance.md docs/robustness.md docs/map.png
     DESTINATION ${doc_dir}/docs)
 install(FILES docs/ambrel-shp.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
 install(FILES tools/completions/ambrel-shp.bash

@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <string_view>
 
+#include <sys/resource.h>
 #include <unistd.h>
 
 namespace {
@@ -19,11 +20,22 @@ bool WantsColors() {
     return !isRefused && !isDumb && isatty(STDOUT_FILENO);
 }
 
+/// A shapefile takes three handles, and others belong to the libraries: as many as the system
+/// gives.
+void RaiseHandleLimit() {
+    rlimit limit{};
+    if (::getrlimit(RLIMIT_NOFILE, &limit) == 0) {
+        limit.rlim_cur = limit.rlim_max;
+        ::setrlimit(RLIMIT_NOFILE, &limit);
+    }
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
     using namespace Ambrel::Tool;
     CatchInterrupts();
+    RaiseHandleLimit();
     // File names are UTF-8 here whatever the locale says: under "C", Qt would lose their accents.
     QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
     FileSink out(STDOUT_FILENO, "standard output");

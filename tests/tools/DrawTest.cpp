@@ -153,7 +153,7 @@ TEST_F(Draw, TellsWhatItLeavesOut) {
               .Point(9, 9)
               .Raw(ByteList().Little32(31)));
     std::string const reason =
-        " is left out: BUnknownGeometryException: BShpFile::Read: Record type=31 (map.shp)\n";
+        " is left out: shapes of type 31 cannot be read (map.shp)\n";
     ToolRun const run = RunTool("draw map.shp -o map.png --size 120x120 --style color=red,width=8");
     EXPECT_EQ(run,
               (ToolRun{1, "", "ambrel-shp: record 2" + reason + "ambrel-shp: record 4" + reason}));

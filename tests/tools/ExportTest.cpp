@@ -130,9 +130,8 @@ TEST_F(Export, TakesZFromAnAttribute) {
     Write(ShapefileBuilder(1).Field("height", 'N', 6, 1).Row({"12.5"}).Point(1, 2));
     std::string const line = "export map.shp --format csv --z-attribute ";
     EXPECT_EQ(RunTool(line + "height"), Printed("height,wkt\r\n12.5,POINT Z (1 2 12.5)\r\n"));
-    EXPECT_EQ(RunTool(line + "missing"),
-              Failed(1, "BDataManagerException: --z-attribute: there is no field missing "
-                        "(map.shp)"));
+    EXPECT_EQ(RunTool(line + "missing"), Failed(1, "--z-attribute: there is no field missing "
+                                                   "(map.shp)"));
 }
 
 TEST_F(Export, GivesTheSameBytesInEveryMode) {
@@ -211,13 +210,12 @@ TEST_F(Export, LosesNothingThatIsSoundBehindARecordThatCanNotBeRead) {
     ShapefileBuilder builder(1);
     builder.Point(1, 2).Raw({31, 0, 0, 0}).Point(3, 4).Point(5, 6);
     Write(builder.Table(table));
-    std::string const mismatch = "BIndexOutOfBoundsException: BDbfFile::ReadAttributeRecord: "
-                                 "SHP/DBF data mismatch (Index=3, NumRecords=3)";
+    std::string const mismatch = "the table has only 3 rows";
     for (std::string const& mode : modes) {
         EXPECT_EQ(RunTool("export map.shp --format csv --mode " + mode),
                   (ToolRun{1, "id,wkt\r\n7,POINT (1 2)\r\n9,POINT (3 4)\r\n,POINT (5 6)\r\n",
                            "ambrel-shp: warning: map.shp: record 1: it is left out: "
-                           "BUnknownGeometryException: BShpFile::Read: Multipatch geometry is not "
+                           "Multipatch geometry is not "
                            "supported.\n"
                            "ambrel-shp: warning: map.shp: record 3: it has no attributes: " +
                                mismatch + "\n"}));
@@ -239,11 +237,11 @@ TEST_F(Export, WritesToADeviceAndSaysWhatItCanNotDo) {
     EXPECT_EQ(RunTool("export map.shp -o /dev/null"), Printed(""));
     EXPECT_TRUE(std::filesystem::is_character_file("/dev/null"));
     EXPECT_EQ(RunTool("export map.shp -o /dev/full"),
-              Failed(1, "OutputException: write: /dev/full: No space left on device"));
+              Failed(1, "cannot write /dev/full: No space left on device"));
     EXPECT_EQ(RunTool("export map.shp -o no/such/file.json"),
-              Failed(1, "OutputException: write: no/such/file.json: No such file or directory"));
+              Failed(1, "cannot write no/such/file.json: No such file or directory"));
     EXPECT_EQ(RunTool("export map.shp --to-wgs84"),
-              Failed(1, "BDataManagerException: --to-wgs84: the coordinate system is not known "
+              Failed(1, "--to-wgs84: the coordinate system is not known "
                         "(map.shp)"));
 }
 
@@ -259,11 +257,10 @@ TEST_F(Export, WritesAFileForEachLayerOfAFolder) {
     Write(ShapefileBuilder(1).Point(5, 6), "B");
     std::filesystem::rename("B.shp", "b.SHP");
     EXPECT_EQ(RunTool("export . -o out"),
-              Failed(2, "usage: out/b.geojson would be made of two layers: b.SHP and b.shp"));
+              Failed(2, "out/b.geojson would be made of two layers: b.SHP and b.shp"));
     EXPECT_FALSE(std::filesystem::exists("out/a.geojson"));
     std::filesystem::remove("b.SHP");
-    EXPECT_EQ(RunTool("export ."),
-              Failed(2, "usage: 2 layers need a folder; add --output FOLDER/"));
+    EXPECT_EQ(RunTool("export ."), Failed(2, "2 layers need a folder; add --output FOLDER/"));
 }
 
 } // namespace

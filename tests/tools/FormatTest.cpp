@@ -55,8 +55,7 @@ TEST_F(FormatTest, WritesTheGeometryOfCsvInTheFormAskedFor) {
     EXPECT_EQ(RunTool(line + "wkb --no-attributes"),
               Printed("wkb\r\n0101000000000000000000F03F0000000000000040\r\n"));
     Write(ShapefileBuilder(3).Polyline({{{1, 2}, {3, 4}}}));
-    EXPECT_EQ(RunTool(line + "xy"),
-              Failed(2, "usage: --geometry xy: map does not consist of points"));
+    EXPECT_EQ(RunTool(line + "xy"), Failed(2, "--geometry xy: map does not consist of points"));
 }
 
 TEST_F(FormatTest, GivesEachVertexItsMeasure) {

@@ -63,7 +63,7 @@ TEST_F(Input, MirrorsFoldersInTheOutput) {
     EXPECT_TRUE(fs::is_regular_file("one/towns.geojson"));
     EXPECT_EQ(RunTool("export data -o two").exitCode, 2);
     EXPECT_EQ(RunTool("export data/towns data/north/deep/towns -o none/"),
-              Failed(2, "usage: none/towns.geojson would be made of two layers: data/towns.shp and "
+              Failed(2, "none/towns.geojson would be made of two layers: data/towns.shp and "
                         "data/north/deep/towns.shp"));
     EXPECT_FALSE(fs::exists("none"));
     EXPECT_EQ(RunTool("select -r data --bbox 0,0,9,9").exitCode, 2);

@@ -32,9 +32,9 @@ TEST_F(TableCommand, ShowsTheRowsAndFieldsAskedFor) {
          Printed("record   POP  NAME\n     0     9  東京\n     1  1200  Cafe\u0301\n")},
         {"table towns --fields POP --limit 0", Printed("record  POP\n")},
         {"table towns --records 3",
-         Failed(2, "usage: --records: there is no record 3 among 3, counted from 0")},
+         Failed(2, "--records: there is no record 3 among 3, counted from 0")},
         {"table towns --fields POP,SIZE",
-         Failed(2, "usage: --fields: there is no field SIZE; there are: NAME, POP, SINCE")},
+         Failed(2, "--fields: there is no field SIZE; there are: NAME, POP, SINCE")},
     };
     for (auto const& [line, expected] : cases) {
         EXPECT_EQ(RunTool(line), expected) << line;

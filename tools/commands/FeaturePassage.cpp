@@ -5,6 +5,7 @@
 #include "source/Log.h"
 #include "source/StreamingCollection.h"
 #include "terminal/Console.h"
+#include "terminal/Explain.h"
 #include "terminal/ProgressBar.h"
 
 #include "Ambrel/BFileUtilities.h"
@@ -145,7 +146,7 @@ private:
             feature = source.Layer().GetFeatures().GetAt(record, complete);
             return true;
         } catch (BException const& error) {
-            problem = Describe(error);
+            problem = Explain(error, file.Utf8());
             return false;
         }
     }

@@ -5,6 +5,7 @@
 #include "formats/OutputFile.h"
 #include "source/FieldList.h"
 #include "terminal/Console.h"
+#include "terminal/Explain.h"
 #include "terminal/Interrupt.h"
 #include "terminal/TextWidth.h"
 
@@ -73,7 +74,8 @@ private:
             throw;
         } catch (BException const& error) {
             ++problems;
-            PrintError(console, "record " + std::to_string(record) + ": " + Describe(error),
+            PrintError(console,
+                       "record " + std::to_string(record) + ": " + Explain(error, file.Utf8()),
                        file.Utf8());
         }
     }

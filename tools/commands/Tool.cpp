@@ -3,11 +3,15 @@
 #include "commands/Command.h"
 #include "source/Log.h"
 #include "terminal/Console.h"
+#include "terminal/Explain.h"
 #include "terminal/Temporaries.h"
 
 #include <CLI/CLI.hpp>
 
+#include <QString>
+
 #include <algorithm>
+#include <filesystem>
 #include <map>
 #include <sstream>
 
@@ -80,18 +84,89 @@ void AddEverything(CLI::App& app, CommandLine& line) {
                "stopped.");
 }
 
+bool IsCommand(std::string const& word) {
+    return std::any_of(std::begin(commandEntries), std::end(commandEntries),
+                       [&](CommandEntry const& entry) { return entry.name == word; });
+}
+
+/// A first word that is no command means a path. One that cannot be a path is a slip of the pen.
+void RefuseSlip(std::string const& word) {
+    std::error_code ignored;
+    bool const looksLikePath = word.empty() || word.find_first_of("./*?[") != std::string::npos;
+    if (looksLikePath || std::filesystem::exists(word, ignored) ||
+        std::filesystem::exists(word + ".shp", ignored) ||
+        std::filesystem::exists(word + ".SHP", ignored)) {
+        return;
+    }
+    std::vector<std::string> names;
+    for (CommandEntry const& entry : commandEntries) {
+        names.emplace_back(entry.name);
+    }
+    std::string const likely = LikelyOf(word, names);
+    throw UsageException(word + ": no such command (and no such file)" +
+                         (likely.empty() ? "; see --help" : "; did you mean " + likely + "?"));
+}
+
 /// "map.shp" alone means "info map.shp".
 void CompleteCommand(std::vector<std::string>& arguments) {
     auto const word = std::find_if(arguments.begin(), arguments.end(), [](std::string const& text) {
         return text.empty() || text.front() != '-';
     });
-    bool const isPath =
-        word != arguments.end() &&
-        std::none_of(std::begin(commandEntries), std::end(commandEntries),
-                     [&](CommandEntry const& entry) { return entry.name == *word; });
-    if (isPath) {
+    if (word != arguments.end() && !IsCommand(*word)) {
+        RefuseSlip(*word);
         arguments.insert(arguments.begin(), commandEntries[0].name);
     }
+}
+
+/// File names are UTF-8 here whatever the system has.
+void RefuseOtherEncodings(std::vector<std::string> const& words) {
+    for (std::string const& word : words) {
+        std::string const shown = QString::fromStdString(word).toStdString();
+        if (shown != word) {
+            throw UsageException("\"" + shown + "\" is not UTF-8; rename the file");
+        }
+    }
+}
+
+/// The options that stand where the words were typed: "-v", "--verbose".
+std::vector<std::string> OptionsFor(CLI::App& app, std::vector<std::string> const& words) {
+    std::vector<CLI::App const*> sources = {&app};
+    auto const command = std::find_if(words.begin(), words.end(), IsCommand);
+    if (command != words.end()) {
+        sources.push_back(app.get_subcommand(*command));
+    }
+    std::vector<std::string> names;
+    for (CLI::App const* const source : sources) {
+        for (CLI::Option const* const option : source->get_options()) {
+            for (std::string const& name : option->get_snames()) {
+                names.push_back("-" + name);
+            }
+            for (std::string const& name : option->get_lnames()) {
+                names.push_back("--" + name);
+            }
+        }
+    }
+    return names;
+}
+
+/// What is wrong with a command line that could not be parsed; an option that there is not, before
+/// anything else.
+std::string ExplainParsing(CLI::App& app, std::vector<std::string> const& words,
+                           CLI::ParseError const& error) {
+    std::vector<std::string> const known = OptionsFor(app, words);
+    for (std::string const& word : words) {
+        std::string const name = word.substr(0, word.starts_with("--") ? word.find('=') : 2);
+        bool const isOption = name.size() > 1 && name[0] == '-' &&
+                              std::string_view("0123456789.").find(name[1]) == std::string::npos;
+        if (isOption && name != "--" &&
+            std::find(known.begin(), known.end(), name) == known.end()) {
+            std::string const likely = name.size() > 2 ? LikelyOf(name, known) : std::string();
+            return name + ": no such option" +
+                   (likely.empty() ? "; see --help" : "; did you mean " + likely + "?");
+        }
+    }
+    bool const hasCommand = std::any_of(words.begin(), words.end(), IsCommand);
+    return hasCommand ? error.what() : "there is neither a command nor a path; see --help";
 }
 
 /// CLI11 would take the path "[a,b]" for a list.
@@ -114,18 +189,19 @@ int ParseAndRun(std::vector<std::string>& words, Console& console) {
         console.err.Write(app.help());
         return EXIT_USAGE;
     }
+    RefuseOtherEncodings(words);
     CompleteCommand(words);
     std::for_each(words.begin(), words.end(), KeepWhole);
-    std::reverse(words.begin(), words.end()); // CLI11 takes them from the end
+    std::vector<std::string> reversed(words.rbegin(), words.rend()); // as CLI11 takes them
     try {
-        app.parse(words);
+        app.parse(reversed);
     } catch (CLI::Success const& success) { // --help and --version
         std::ostringstream out;
         app.exit(success, out, out);
         console.out.Write(out.str());
         return EXIT_OK;
     } catch (CLI::ParseError const& error) {
-        throw UsageException(error.what());
+        throw UsageException(ExplainParsing(app, words, error));
     }
     console.verbose = line.verbose;
     return RunCommand(*line.commands.at(app.get_subcommands().front()->get_name()), console);

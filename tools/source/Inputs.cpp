@@ -7,6 +7,8 @@
 #include "Ambrel/BException.h"
 #include "Ambrel/BFileUtilities.h"
 
+#include <QString>
+
 #include <algorithm>
 #include <filesystem>
 #include <set>
@@ -47,7 +49,7 @@ std::vector<std::string> FoldersIn(Console& console, std::string const& folder) 
         if (!isFolder || name.starts_with('.')) {
             continue;
         }
-        if (BString::FromUtf8(name).Utf8() != name) {
+        if (QString::fromStdString(name).toStdString() != name) {
             PrintWarning(console, entry->path().string() + " is left out: its name is not UTF-8");
             continue;
         }

@@ -1,5 +1,6 @@
 #include "terminal/Console.h"
 
+#include "terminal/Explain.h"
 #include "terminal/Interrupt.h"
 
 #include <algorithm>
@@ -82,21 +83,6 @@ std::string OneLine(std::string_view text) {
     return line;
 }
 
-std::string Describe(std::exception const& error) {
-    auto const* const exception = dynamic_cast<BException const*>(&error);
-    if (!exception) {
-        bool const isMemory = dynamic_cast<std::bad_alloc const*>(&error) != nullptr;
-        return std::string(isMemory ? "std::bad_alloc: " : "std::exception: ") + error.what();
-    }
-    std::string text = exception->GetClassName();
-    for (BString const& part : {exception->GetOperation(), exception->GetMessage()}) {
-        if (!part.IsEmpty()) {
-            text += ": " + std::string(part.Utf8());
-        }
-    }
-    return text;
-}
-
 void FileSink::Write(std::string_view text) {
     while (!text.empty()) {
         ssize_t const written = ::write(descriptor, text.data(), text.size());
@@ -136,7 +122,10 @@ InterruptedException::InterruptedException()
     : StopException(Category(), BString(), BString::FromUtf8("stopped")) {}
 
 void PrintError(Console& console, std::exception const& error, std::string_view file) {
-    PrintError(console, Describe(error), file);
+    PrintError(console, Explain(error, file), file);
+    if (console.verbose) {
+        console.err.Write("ambrel-shp: " + OneLine(InUsersNames(Describe(error))) + "\n");
+    }
 }
 
 void PrintError(Console& console, std::string_view text, std::string_view file) {

@@ -110,11 +110,9 @@ std::string WithAliases(std::string text);
 std::string InUsersNames(std::string text);
 /// The text with spaces for control characters, which would break lines and command terminals.
 std::string OneLine(std::string_view text);
-/// "KIND: OPERATION: MESSAGE", without what is empty.
-std::string Describe(std::exception const& error);
 
-/// Prints "ambrel-shp: " and the failure as above, in one line. The file is added where the text
-/// does not name it.
+/// Prints "ambrel-shp: " and what went wrong (see Explain.h), in one line. The file is added where
+/// the text does not name it. With --verbose, the exception's own words follow.
 void PrintError(Console& console, std::exception const& error, std::string_view file);
 /// The same with a text that says what has failed.
 void PrintError(Console& console, std::string_view text, std::string_view file);
