@@ -18,8 +18,8 @@ namespace fs = std::filesystem;
 constexpr char const* moduleName = "libShpReader.so";
 
 BException LoadFailure(std::string const& reason) {
-    return BException(BString::FromUtf8("Ambrel Exception"),
-                      BString::FromUtf8("loading the plug-in"), BString::FromUtf8(reason));
+    return BException(BString::FromUtf8("Ambrel Exception"), BString::FromUtf8("ShapefilePlugIn"),
+                      BString::FromUtf8("the plug-in cannot be loaded: " + reason));
 }
 
 /// Beside the host library, where both have been built or installed. That is where the loader has
