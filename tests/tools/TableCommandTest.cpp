@@ -41,6 +41,19 @@ TEST_F(TableCommand, ShowsTheRowsAndFieldsAskedFor) {
     }
 }
 
+TEST_F(TableCommand, ExportsTheSameRowsInAllModes) {
+    std::string const csv = "export towns --format csv --fields POP,NAME --geometry none ";
+    for (std::string const mode : {"stream", "memory", "cache", "direct"}) {
+        EXPECT_EQ(RunTool(csv + "--records 1-2 --limit 1 --mode " + mode),
+                  Printed("POP,NAME\r\n1200,Cafe\u0301\r\n"));
+        EXPECT_EQ(RunTool(csv + "--limit 0 --mode " + mode), Printed("POP,NAME\r\n"));
+    }
+    EXPECT_EQ(RunTool(csv + "--records 2-3 -o x.csv"),
+              Failed(2, "--records: there is no record 3 among 3, counted from 0"));
+    EXPECT_FALSE(std::filesystem::exists("x.csv"));
+    EXPECT_EQ(RunTool("draw towns --records 7 -o x.png").exitCode, 2);
+}
+
 TEST(TextWidth, IsThatOfATerminal) {
     std::tuple<char const*, std::size_t, char const*> const cases[] = {
         {"abc", 5, "abc  "},

@@ -66,11 +66,6 @@ void AddWithDeleted(CLI::App& app, bool& withDeleted) {
                  "Keep the records whose table rows are marked as deleted");
 }
 
-void AddFields(CLI::App& app, std::string& fields) {
-    app.add_option("--fields", fields, "Only these fields, in this order (default: all)")
-        ->type_name("A,B,...");
-}
-
 void AddRecords(CLI::App& app, std::optional<std::string>& records) {
     app.add_option("--records", records,
                    "Only these records, counted from 0; \"-\" reads them from standard input, as "
@@ -78,8 +73,11 @@ void AddRecords(CLI::App& app, std::optional<std::string>& records) {
         ->type_name("18,40-43");
 }
 
-void AddLimit(CLI::App& app, std::optional<std::uint64_t>& limit) {
-    app.add_option("--limit", limit, "Only the first N of what would be there otherwise")
+void AddRows(CLI::App& app, RowOptions& rows, std::optional<std::string>& records) {
+    app.add_option("--fields", rows.fields, "Only these fields, in this order (default: all)")
+        ->type_name("A,B,...");
+    AddRecords(app, records);
+    app.add_option("--limit", rows.limit, "Only the first N of what would be there otherwise")
         ->type_name("N")
         ->check(CLI::NonNegativeNumber);
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "commands/RowChoice.h"
 #include "source/Inputs.h"
 #include "source/RecordList.h"
 
@@ -25,12 +26,10 @@ void AddPaths(CLI::App& app, InputPaths& paths);
 void AddEncoding(CLI::App& app, std::string& encoding);
 /// "--with-deleted".
 void AddWithDeleted(CLI::App& app, bool& withDeleted);
-/// "--fields", as text for FieldList.
-void AddFields(CLI::App& app, std::string& fields);
 /// "--records", as text for ParseRecords.
 void AddRecords(CLI::App& app, std::optional<std::string>& records);
-/// "--limit".
-void AddLimit(CLI::App& app, std::optional<std::uint64_t>& limit);
+/// The same with "--fields" and "--limit".
+void AddRows(CLI::App& app, RowOptions& rows, std::optional<std::string>& records);
 /// "--bbox", as text for ParseWindow.
 void AddWindow(CLI::App& app, std::string& window, char const* help = windowHelp);
 

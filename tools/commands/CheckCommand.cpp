@@ -9,6 +9,7 @@
 #include "source/FindingReport.h"
 #include "source/Log.h"
 #include "terminal/Console.h"
+#include "terminal/Explain.h"
 
 #include "ShpReader/format/Findings.h"
 
@@ -116,7 +117,7 @@ public:
             throw;
         } catch (std::exception const& error) {
             report.Finish();
-            output->Fail(Describe(error));
+            output->Fail(Explain(error, console.file));
             throw;
         }
         problems += report.ProblemCount();

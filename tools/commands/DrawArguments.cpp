@@ -29,6 +29,7 @@ public:
             ->required();
         app.add_option("--size", size, "Pixels of the picture (default 1600x1200)")
             ->type_name("WxH");
+        AddRecords(app, records);
         AddWindow(app, window, "Rectangle to show (default: everything)");
         app.add_option("--style", styles, styleHelp)
             ->type_name("STYLE")
@@ -46,6 +47,7 @@ public:
         for (std::string const& style : styles) {
             options.styles.push_back(ParseStyle(style));
         }
+        options.records = ParseRecords(records);
         return RunDraw(console, options);
     }
 
@@ -61,6 +63,7 @@ private:
     }
 
     DrawOptions options;
+    std::optional<std::string> records;
     std::string window;
     std::string size;
     std::vector<std::string> styles;

@@ -1,6 +1,7 @@
 #include "commands/DrawCommand.h"
 
 #include "commands/ForEachFile.h"
+#include "commands/RowChoice.h"
 #include "drawing/LayerDrawing.h"
 #include "drawing/MapRenderer.h"
 #include "drawing/RasterCanvas.h"
@@ -185,6 +186,10 @@ private:
             records.resize(layer.GetFeatures().GetCount());
             std::iota(records.begin(), records.end(), std::uint64_t{0});
         }
+        if (options.records) {
+            options.records->RequireWithin(layer.GetFeatures().GetCount());
+            options.records->Keep(records);
+        }
         return records;
     }
 
@@ -206,6 +211,7 @@ int RunDraw(Console& console, DrawOptions const& options) {
     if (layers.empty()) {
         return EXIT_PROBLEM;
     }
+    RequireOneLayer(options.records, layers.size());
     RefuseUnknownLayers(options.styles, layers);
     OutputFile output(console, options.output);
     std::unique_ptr<Canvas> const canvas =

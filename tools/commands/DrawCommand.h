@@ -3,6 +3,7 @@
 #include "commands/ExitCode.h"
 #include "drawing/MapStyle.h"
 #include "source/Inputs.h"
+#include "source/RecordList.h"
 
 #include "Ambrel/BRect.h"
 
@@ -19,7 +20,8 @@ struct DrawOptions {
     std::string output;
     int width = 1600; ///< pixels
     int height = 1200;
-    std::optional<BRect> window; ///< none: everything
+    std::optional<BRect> window;       ///< none: everything
+    std::optional<RecordList> records; ///< none: all
     std::vector<StyleRule> styles;
 };
 

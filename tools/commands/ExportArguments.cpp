@@ -22,6 +22,7 @@ public:
     void Declare(CLI::App& app) override {
         AddPaths(app, options.paths);
         DeclareOutput(app);
+        AddRows(app, options.rows, records);
         AddWindow(app, window);
         app.add_flag("--to-wgs84", options.toWgs84,
                      "Transform to longitude and latitude (needs a .prj file)");
@@ -48,6 +49,10 @@ public:
         if (noAttributes && !options.source.attributeZ.empty()) {
             throw UsageException("--z-attribute: there are none with --no-attributes");
         }
+        if (noAttributes && !options.rows.fields.empty()) {
+            throw UsageException("--fields: there are none with --no-attributes");
+        }
+        options.rows.records = ParseRecords(records);
         return RunExport(console, options);
     }
 
@@ -74,6 +79,7 @@ private:
     }
 
     ExportOptions options;
+    std::optional<std::string> records;
     std::string window;
     std::string mode = "stream";
     bool noAttributes = false;

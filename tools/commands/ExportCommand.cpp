@@ -5,6 +5,7 @@
 #include "formats/Format.h"
 #include "formats/GeometryWalk.h"
 #include "formats/OutputFile.h"
+#include "source/FieldList.h"
 #include "source/FindingReport.h"
 #include "terminal/Console.h"
 
@@ -32,16 +33,21 @@ bool LiesIn(BRect const& window, BFeature const& feature) {
 class Export {
 public:
     Export(Console& theConsole, ExportOptions const& theOptions, FeatureWriter& theWriter,
-           std::unique_ptr<BTransform> theTransform)
-        : console(theConsole), options(theOptions), writer(theWriter),
-          transform(std::move(theTransform)) {}
+           FieldList const& fieldList, std::unique_ptr<BTransform> theTransform)
+        : console(theConsole), options(theOptions), writer(theWriter), fields(fieldList),
+          rows(options.rows), transform(std::move(theTransform)) {}
 
     /// Changes the geometry where a transformation was asked for.
-    void Take(std::uint64_t record, BFeature& feature) const {
-        if (!options.window || LiesIn(*options.window, feature)) {
+    void Take(std::uint64_t record, BFeature& feature) {
+        if (rows.IsAskedFor(record) && (!options.window || LiesIn(*options.window, feature))) {
+            rows.Take();
+            fields.Choose(feature.attributes);
             writer.Write(record, feature, WritableGeometry(record, feature));
         }
     }
+
+    /// After the last record. Throws UsageException where one is asked for that there is not.
+    void RequireAllRecords() const { rows.RequireAll(); }
 
 private:
     /// Null where there is none, or none that JSON has numbers for.
@@ -77,6 +83,8 @@ private:
     Console& console;
     ExportOptions const& options;
     FeatureWriter& writer;
+    FieldList const& fields;
+    RowChoice rows;
     std::unique_ptr<BTransform> transform;
 };
 
@@ -108,10 +116,9 @@ bool ExportFile(Console& console, BString const& file, std::string const& output
         RequireField(source.Layer().GetSchema(), options.source.attributeZ);
     }
     std::unique_ptr<BTransform> transform = options.toWgs84 ? TransformOf(source.Layer()) : nullptr;
+    FieldList const fields(options.rows.fields, source.Layer().GetSchema());
     LayerDescription layer = DescribeLayer(source.Layer());
-    if (!options.source.useAttributes) {
-        layer.schema.Clear();
-    }
+    layer.schema = options.source.useAttributes ? fields.Schema() : BAttributeDefs();
     if (options.toWgs84) {
         layer.coordSys = BSharedPtr<BCoordSys>(BCoordSys::FromText("EPSG:4326"));
     }
@@ -121,11 +128,16 @@ bool ExportFile(Console& console, BString const& file, std::string const& output
     }
     std::unique_ptr<FeatureWriter> const writer =
         FormatFor(options.format, outputPath).make(console, outputPath, formatOptions);
-    Export const task(console, options, *writer, std::move(transform));
+    Export task(console, options, *writer, fields, std::move(transform));
     writer->BeginLayer(layer);
-    PassageCounts const counts =
-        PassFeatures(console, file, source,
-                     [&](std::uint64_t record, BFeature& feature) { task.Take(record, feature); });
+    PassageCounts counts;
+    try {
+        counts = PassFeatures(console, file, source, [&](std::uint64_t record, BFeature& feature) {
+            task.Take(record, feature);
+        });
+        task.RequireAllRecords();
+    } catch (EnoughException const&) { // NOLINT(bugprone-empty-catch): the rest is not wanted
+    }
     writer->EndLayer();
     writer->Finish();
     if (counts.deleted > 0) {
@@ -141,6 +153,7 @@ bool ExportFile(Console& console, BString const& file, std::string const& output
 int RunExport(Console& console, ExportOptions const& options) {
     int failed = 0;
     std::vector<Input> const inputs = FindInputs(console, options.paths, failed);
+    RequireOneLayer(options.rows.records, inputs.size());
     bool isWhole = true;
     for (ExportTarget const& target : PlanExport(inputs, options)) {
         failed += !Survives(console, target.input.file.Utf8(), [&] {

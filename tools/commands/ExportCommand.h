@@ -1,6 +1,7 @@
 #pragma once
 
 #include "commands/ExitCode.h"
+#include "commands/RowChoice.h"
 #include "formats/Format.h"
 #include "source/Inputs.h"
 #include "source/Source.h"
@@ -21,6 +22,7 @@ struct ExportOptions {
     FormatOptions formatOptions;
     std::optional<BRect> window; ///< map units of the layer
     bool toWgs84 = false;
+    RowOptions rows;
     SourceOptions source{.mode = HoldMode::Stream};
 };
 

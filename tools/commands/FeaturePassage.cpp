@@ -146,7 +146,7 @@ private:
             feature = source.Layer().GetFeatures().GetAt(record, complete);
             return true;
         } catch (BException const& error) {
-            problem = Explain(error, file.Utf8());
+            problem = Explain(error, {});
             return false;
         }
     }

@@ -12,14 +12,12 @@ class TableArguments final : public Command {
 public:
     void Declare(CLI::App& app) override {
         AddPaths(app, options.paths);
-        AddFields(app, options.fields);
-        AddRecords(app, records);
-        AddLimit(app, options.limit);
+        AddRows(app, options.rows, records);
         AddEncoding(app, options.encoding);
     }
 
     int Run(Console& console) override {
-        options.records = ParseRecords(records);
+        options.rows.records = ParseRecords(records);
         return RunTable(console, options);
     }
 

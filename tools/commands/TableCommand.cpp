@@ -26,7 +26,7 @@ public:
     TableListing(Console& newConsole, BString const& newFile, TableOptions const& newOptions)
         : console(newConsole), file(newFile), options(newOptions),
           source(console, file, {.encoding = options.encoding}),
-          fields(options.fields, source.Layer().GetSchema()),
+          fields(options.rows.fields, source.Layer().GetSchema()),
           page(fields.Schema(), TerminalWidth(), console.colors), output(console, "-") {}
 
     /// Returns how many rows could not be read.
@@ -44,11 +44,11 @@ private:
     /// Calls `action(record)` for the records that are asked for, as many as are.
     void ForEachRecord(std::function<void(std::uint64_t)> const& action) {
         std::uint64_t const count = source.Layer().GetFeatures().GetCount();
-        if (!options.records) {
+        if (!options.rows.records) {
             return ForEachIn({0, count}, action);
         }
-        options.records->RequireWithin(count);
-        for (auto const& [first, last] : options.records->Ranges()) {
+        options.rows.records->RequireWithin(count);
+        for (auto const& [first, last] : options.rows.records->Ranges()) {
             ForEachIn({first, last + 1}, action);
         }
     }
@@ -61,7 +61,7 @@ private:
         }
     }
 
-    bool IsDone() const { return options.limit && rowCount >= *options.limit; }
+    bool IsDone() const { return options.rows.limit && rowCount >= *options.rows.limit; }
 
     void Take(std::uint64_t record) {
         try {
@@ -118,10 +118,7 @@ private:
 int RunTable(Console& console, TableOptions const& options) {
     int failed = 0;
     std::vector<Input> const inputs = FindInputs(console, options.paths, failed);
-    if (options.records && inputs.size() > 1) {
-        throw UsageException("--records: there are " + std::to_string(inputs.size()) +
-                             " layers; name one of them");
-    }
+    RequireOneLayer(options.rows.records, inputs.size());
     std::uint64_t problems = 0;
     for (Input const& input : inputs) {
         failed += !Survives(console, input.file.Utf8(), [&] {

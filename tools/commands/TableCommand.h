@@ -1,11 +1,9 @@
 #pragma once
 
 #include "commands/ExitCode.h"
+#include "commands/RowChoice.h"
 #include "source/Inputs.h"
-#include "source/RecordList.h"
 
-#include <cstdint>
-#include <optional>
 #include <string>
 
 namespace Ambrel::Tool {
@@ -14,10 +12,8 @@ struct Console;
 
 struct TableOptions {
     InputPaths paths;
-    std::string fields;                 ///< names, with commas between them; empty: all
-    std::optional<RecordList> records;  ///< none: all
-    std::optional<std::uint64_t> limit; ///< rows
-    std::string encoding;               ///< empty: what the file states
+    RowOptions rows;
+    std::string encoding; ///< empty: what the file states
 };
 
 /// Prints the rows of a layer's table in columns. Returns the exit code.

@@ -54,13 +54,13 @@ _ambrel_shp() {
             info) options+=" --json --brief --encoding" ;;
             export)
                 options+=" --output --format --bbox --to-wgs84 --no-attributes --z-attribute"
-                options+=" --encoding --mode --geometry --output-encoding --precision --with-deleted --measures"
+                options+=" --fields --records --limit --encoding --mode --geometry --output-encoding --precision --with-deleted --measures"
                 ;;
             table) options+=" --fields --records --limit --encoding" ;;
             check) options+=" --all --quiet --json --encoding" ;;
             select) options+=" --bbox --json --with-deleted" ;;
             sql) options+=" --format --encoding" ;;
-            draw) options+=" --output --size --bbox --style" ;;
+            draw) options+=" --records --output --size --bbox --style" ;;
         esac
         _ambrel_shp_words "$options" "$current"
         return

@@ -3,6 +3,7 @@
 #include "drawing/MapRenderer.h"
 #include "source/Log.h"
 #include "terminal/Console.h"
+#include "terminal/Explain.h"
 #include "terminal/ProgressBar.h"
 
 #include "Ambrel/BException.h"
@@ -75,7 +76,7 @@ private:
             isSpent = true;
             return error.what();
         } catch (BException const& error) {
-            return Describe(error);
+            return Explain(error, {});
         }
     }
 

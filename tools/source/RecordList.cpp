@@ -111,6 +111,10 @@ bool RecordList::Contains(std::uint64_t record) const noexcept {
     return behind != ranges.begin() && record <= std::prev(behind)->last;
 }
 
+void RecordList::Keep(std::vector<std::uint64_t>& records) const {
+    std::erase_if(records, [this](std::uint64_t record) { return !Contains(record); });
+}
+
 void RecordList::RequireWithin(std::uint64_t recordCount) const {
     if (!ranges.empty() && ranges.back().last >= recordCount) {
         throw UsageException("--records: there is no record " + std::to_string(ranges.back().last) +

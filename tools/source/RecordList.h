@@ -26,6 +26,8 @@ public:
     bool Contains(std::uint64_t record) const noexcept;
     /// Sorted, and with gaps between them.
     std::vector<Range> const& Ranges() const noexcept { return ranges; }
+    /// Leaves those records in `records` that the list names.
+    void Keep(std::vector<std::uint64_t>& records) const;
     /// Throws UsageException where the list names a record that a layer of so many does not
     /// have.
     void RequireWithin(std::uint64_t recordCount) const;

@@ -7,6 +7,7 @@
 #include "sql/Database.h"
 #include "sql/JoinIndex.h"
 #include "terminal/Console.h"
+#include "terminal/Explain.h"
 
 #include "Ambrel/BFileUtilities.h"
 
@@ -119,7 +120,8 @@ BSharedPtr<BFeature> LayerTable::Fetch(std::uint64_t record, bool complete) {
         throw;
     } catch (BException const& error) {
         ++problems;
-        PrintError(console, "record " + std::to_string(record) + " is left out: " + Describe(error),
+        PrintError(console,
+                   "record " + std::to_string(record) + " is left out: " + Explain(error, {}),
                    fileName);
         return {};
     }
