@@ -113,7 +113,7 @@ TEST_F(Program, EndsAtTheFirstSignalWhereverItIs) {
     std::filesystem::create_directory("tmp");
     // A pipe that is open for both directions never ends, and takes no more than it can hold.
     std::string const setUp = "export TMPDIR=$PWD/tmp; rm -f pipe; mkfifo pipe; stop() { "
-                              "timeout --preserve-status -k 5 -s $1 0.4 $TOOL \"${@:2}\"; }; ";
+                              "timeout --preserve-status -k 5 -s $1 1.5 $TOOL \"${@:2}\"; }; ";
     for (char const* const command :
          {"stop INT table Zürich --records - <>pipe", "stop HUP export Zürich 1<>pipe",
           "stop TERM table map.zip --records - <>pipe", "stop INT export map.zip -o pipe"}) {

@@ -152,8 +152,7 @@ TEST_F(Draw, TellsWhatItLeavesOut) {
               .Raw(ByteList().Little32(31))
               .Point(9, 9)
               .Raw(ByteList().Little32(31)));
-    std::string const reason =
-        " is left out: shapes of type 31 cannot be read (map.shp)\n";
+    std::string const reason = " is left out: shapes of type 31 cannot be read (map.shp)\n";
     ToolRun const run = RunTool("draw map.shp -o map.png --size 120x120 --style color=red,width=8");
     EXPECT_EQ(run,
               (ToolRun{1, "", "ambrel-shp: record 2" + reason + "ambrel-shp: record 4" + reason}));

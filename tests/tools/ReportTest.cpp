@@ -112,19 +112,21 @@ TEST_F(Check, NamesExactlyWhatIsDamagedAndEachProblemOnce) {
     EXPECT_EQ(RunTool("check map.shp").exitCode, 1);
     Write(ShapefileBuilder(1).Without(".dbf"), "unreadable");
     // The first file is opened once more for the records behind the one that throws.
-    EXPECT_EQ(RunTool("check ."),
-              (ToolRun{2,
-                       "map.shp: the table's size does not fit what its header states\n"
-                       "map.shp: the table's rows are missing or damaged\n"
-                       "map.shp: the attributes hold default values in place of the table's\n"
-                       "map.shp: record 1: it counts more vertices than it has bytes for; its "
-                       "geometry is left out\n"
-                       "map.shp: record 3: it is left out: "
-                       "Multipatch geometry is not supported.\n"
-                       "map.shp: record 4: its length is 40 in the index and 39 in the main file\n"
-                       "map.shp: 6 records, 6 problems\n"
-                       "2 files, 6 records, 6 problems in 1 file, 1 unreadable\n",
-                       "ambrel-shp: unreadable.shp needs its table unreadable.dbf, which is not there\n"}));
+    EXPECT_EQ(
+        RunTool("check ."),
+        (ToolRun{
+            2,
+            "map.shp: the table's size does not fit what its header states\n"
+            "map.shp: the table's rows are missing or damaged\n"
+            "map.shp: the attributes hold default values in place of the table's\n"
+            "map.shp: record 1: it counts more vertices than it has bytes for; its "
+            "geometry is left out\n"
+            "map.shp: record 3: it is left out: "
+            "Multipatch geometry is not supported.\n"
+            "map.shp: record 4: its length is 40 in the index and 39 in the main file\n"
+            "map.shp: 6 records, 6 problems\n"
+            "2 files, 6 records, 6 problems in 1 file, 1 unreadable\n",
+            "ambrel-shp: unreadable.shp needs its table unreadable.dbf, which is not there\n"}));
 }
 
 TEST_F(Check, TellsOfRecordsThatTheIndexLost) {
