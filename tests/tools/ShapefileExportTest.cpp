@@ -67,6 +67,18 @@ TEST_F(ShapefileExport, KeepsTheEncodingOfTheSourceOrTakesAnother) {
     EXPECT_EQ(RunTool("export new.shp --format csv").out, "text,wkt\r\n???z,POINT (1 2)\r\n");
 }
 
+TEST_F(ShapefileExport, RepairsWhatHasNoIndexAndACutTable) {
+    ShapefileBuilder builder(1);
+    builder.Point(1, 2).Point(3, 4).Without(".shx");
+    Write(builder.Cut(".dbf", builder.Files().at(".dbf").size() - 3));
+    EXPECT_NE(RunTool("repair map.shp -o new.shp").err, "");
+    EXPECT_EQ(std::filesystem::file_size("new.shx"), 116U);
+    EXPECT_EQ(RunTool("check new.shp").exitCode, 0);
+    std::string const rows = RunTool("export new.shp --format csv").out;
+    EXPECT_NE(rows.find("1,POINT (1 2)"), std::string::npos) << rows;
+    EXPECT_NE(rows.find(",POINT (3 4)"), std::string::npos) << rows;
+}
+
 TEST_F(ShapefileExport, LeavesNothingWhereItFails) {
     Write(SmallFile(1));
     for (auto const& [command, complaint] :

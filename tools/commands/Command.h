@@ -36,5 +36,6 @@ std::unique_ptr<Command> MakeTable();
 std::unique_ptr<Command> MakeSelect();
 std::unique_ptr<Command> MakeDraw();
 std::unique_ptr<Command> MakeSql();
+std::unique_ptr<Command> MakeRepair();
 
 } // namespace Ambrel::Tool

@@ -38,6 +38,7 @@ constexpr CommandEntry commandEntries[] = {
      "areas below lines below points",
      MakeDraw},
     {"sql", "Ask shapefiles by SQL: each layer is a table, its fields are the columns", MakeSql},
+    {"repair", "Write a sound copy of what can be read of a damaged shapefile", MakeRepair},
 };
 
 /// What the command line is parsed into.

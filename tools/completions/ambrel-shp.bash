@@ -16,7 +16,7 @@ _ambrel_shp_words() {
 
 _ambrel_shp() {
     local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}
-    local commands="info export check table select draw sql" command="" word
+    local commands="info export check table select draw sql repair" command="" word
     COMPREPLY=()
 
     for word in "${COMP_WORDS[@]:1:COMP_CWORD-1}"; do
@@ -59,6 +59,7 @@ _ambrel_shp() {
             table) options+=" --fields --records --limit --encoding" ;;
             check) options+=" --all --quiet --json --encoding" ;;
             select) options+=" --bbox --json --with-deleted" ;;
+            repair) options+=" --output --encoding" ;;
             sql) options+=" --format --encoding" ;;
             draw) options+=" --records --output --size --bbox --style" ;;
         esac
