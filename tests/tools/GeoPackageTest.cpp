@@ -192,6 +192,16 @@ TEST_F(GeoPackage, HoldsSeveralLayersAndSystems) {
               "1\n");
 }
 
+TEST_F(GeoPackage, TakesSeveralLayersFromTheCommandLine) {
+    Write(ShapefileBuilder(1).Point(1, 2), "a");
+    Write(ShapefileBuilder(3).Polyline({{{1, 2}, {3, 4}}}), "b");
+    EXPECT_EQ(RunTool("export a.shp b.shp -o all.gpkg"), Printed(""));
+    ExpectSound("all.gpkg");
+    EXPECT_EQ(Ask("all.gpkg", "SELECT table_name, geometry_type_name FROM gpkg_geometry_columns"),
+              "a|POINT\nb|LINESTRING\n");
+    EXPECT_EQ(RunTool("export a.shp b.shp -o all.csv").exitCode, 2);
+}
+
 TEST_F(GeoPackage, ReplacesAFileWholeOrNotAtAll) {
     Write(ShapefileBuilder(1).Point(1, 2));
     std::ofstream("map.gpkg") << "old";

@@ -162,6 +162,21 @@ TEST_F(Sql, FindsByBoxAndRecordWhatAScanFinds) {
               Answer("SELECT count(*) FROM towns WHERE +xmin < 9 AND +ymax > 3 AND +record > 7"));
 }
 
+TEST_F(Sql, ChoosesTheRecordsOfOtherCommands) {
+    EXPECT_EQ(RunTool("select towns.shp --where pop=7ANDrecord<30").exitCode, 2);
+    EXPECT_EQ(RunTool("select towns.shp --where (record<5)|(pop=13)--"),
+              Printed("0\n1\n2\n3\n4\n49\n"));
+    EXPECT_EQ(RunTool("select towns.shp --where record<9 --bbox 7,0,15,99"),
+              Printed("1\n2\n5\n8\n"));
+    EXPECT_EQ(RunTool("select towns.shp").exitCode, 2);
+    EXPECT_EQ(RunTool("export towns.shp --format csv --geometry none --where pop=13"),
+              Printed("NAME,code,pop,rate,born\r\nUlm,00,13,5.25,2020-05-15\r\n"));
+    EXPECT_EQ(RunTool("select towns.shp --where pop=size"),
+              (ToolRun{2, "",
+                       "  pop=size\n      ^\n"
+                       "ambrel-shp: usage: --where: no such column: size\n"}));
+}
+
 TEST_F(Sql, OnlyAsks) {
     for (std::string const statement :
          {"ATTACH 'a.db' AS a", "CREATE TABLE a (b)", "CREATE TEMP TABLE a AS SELECT 1",

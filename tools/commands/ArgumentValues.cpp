@@ -73,6 +73,13 @@ void AddRecords(CLI::App& app, std::optional<std::string>& records) {
         ->type_name("18,40-43");
 }
 
+void AddWhere(CLI::App& app, std::string& where) {
+    app.add_option("--where", where,
+                   "Only records for which this expression of SQL is true, such as \"pop > 1000 "
+                   "AND name LIKE 'A%'\"")
+        ->type_name("EXPRESSION");
+}
+
 void AddRows(CLI::App& app, RowOptions& rows, std::optional<std::string>& records) {
     app.add_option("--fields", rows.fields, "Only these fields, in this order (default: all)")
         ->type_name("A,B,...");

@@ -30,6 +30,8 @@ void AddWithDeleted(CLI::App& app, bool& withDeleted);
 void AddRecords(CLI::App& app, std::optional<std::string>& records);
 /// The same with "--fields" and "--limit".
 void AddRows(CLI::App& app, RowOptions& rows, std::optional<std::string>& records);
+/// "--where", as text for RecordFilter.
+void AddWhere(CLI::App& app, std::string& where);
 /// "--bbox", as text for ParseWindow.
 void AddWindow(CLI::App& app, std::string& window, char const* help = windowHelp);
 

@@ -24,6 +24,7 @@ public:
         DeclareOutput(app);
         AddRows(app, options.rows, records);
         AddWindow(app, window);
+        AddWhere(app, options.where);
         app.add_flag("--to-wgs84", options.toWgs84,
                      "Transform to longitude and latitude (needs a .prj file)");
         app.add_flag("--no-attributes", noAttributes, "Leave the table's values out");

@@ -7,9 +7,13 @@
 #include "formats/OutputFile.h"
 #include "source/FieldList.h"
 #include "source/FindingReport.h"
+#include "sql/RecordFilter.h"
 #include "terminal/Console.h"
 
 #include <filesystem>
+#include <map>
+#include <memory>
+#include <optional>
 
 namespace Ambrel::Tool {
 
@@ -107,9 +111,73 @@ void RefuseSource(BString const& source, std::string const& output) {
     }
 }
 
+/// The outputs that are being written, by their paths. One that several layers go to is finished
+/// after the last of them.
+class Outputs {
+public:
+    Outputs(Console& theConsole, ExportOptions const& theOptions,
+            std::vector<ExportTarget> const& targets)
+        : console(theConsole), options(theOptions) {
+        for (ExportTarget const& target : targets) {
+            ++open[target.path].layersToCome;
+        }
+    }
+
+    /// Throws OutputException where a layer before has failed halfway: the output is whole or not.
+    FeatureWriter& WriterOf(std::string const& path, FormatOptions const& formatOptions) {
+        Output& output = open[path];
+        if (output.isLost) {
+            throw OutputException(path, "another layer of it has failed");
+        }
+        if (!output.writer) {
+            output.writer = FormatFor(options.format, path).make(console, path, formatOptions);
+        }
+        output.isWriting = true;
+        return *output.writer;
+    }
+
+    /// The layer has been written, or could not be. False where the output, finished by now, lacks
+    /// something.
+    bool EndLayer(std::string const& path, bool isDone) {
+        Output& output = open[path];
+        if (output.isWriting && !isDone) {
+            output.writer.reset();
+            output.isLost = true;
+        }
+        output.isWriting = false;
+        if (--output.layersToCome > 0 || !output.writer) {
+            return true;
+        }
+        output.writer->Finish();
+        bool const isWhole = output.writer->GetProblemCount() == 0;
+        output.writer.reset();
+        return isWhole;
+    }
+
+private:
+    struct Output {
+        std::unique_ptr<FeatureWriter> writer; ///< made for the first layer that opens
+        int layersToCome = 0;
+        bool isWriting = false; ///< a layer has begun
+        bool isLost = false;
+    };
+
+    Console& console;
+    ExportOptions const& options;
+    std::map<std::string, Output> open;
+};
+
+/// The records that --where leaves; none where all stay.
+std::optional<RecordFilter> FilterOf(Console& console, BString const& file,
+                                     ExportOptions const& options) {
+    return options.where.empty() ? std::nullopt
+                                 : std::optional<RecordFilter>(std::in_place, console, file,
+                                                               options.source, options.where);
+}
+
 /// False where a record could not be exported whole.
 bool ExportFile(Console& console, BString const& file, std::string const& outputPath,
-                ExportOptions const& options) {
+                ExportOptions const& options, Outputs& outputs) {
     RefuseSource(file, outputPath);
     Source source(console, file, options.source);
     if (!options.source.attributeZ.empty()) {
@@ -126,26 +194,28 @@ bool ExportFile(Console& console, BString const& file, std::string const& output
     if (formatOptions.encoding.empty()) {
         formatOptions.encoding = source.Encoding();
     }
-    std::unique_ptr<FeatureWriter> const writer =
-        FormatFor(options.format, outputPath).make(console, outputPath, formatOptions);
-    Export task(console, options, *writer, fields, std::move(transform));
-    writer->BeginLayer(layer);
+    layer.hasMeasures = layer.hasMeasures || options.source.withMeasures;
+    std::optional<RecordFilter> const filter = FilterOf(console, file, options);
+    FeatureWriter& writer = outputs.WriterOf(outputPath, formatOptions);
+    Export task(console, options, writer, fields, std::move(transform));
+    writer.BeginLayer(layer);
     PassageCounts counts;
     try {
         counts = PassFeatures(console, file, source, [&](std::uint64_t record, BFeature& feature) {
-            task.Take(record, feature);
+            if (!filter || filter->Contains(record)) {
+                task.Take(record, feature);
+            }
         });
         task.RequireAllRecords();
     } catch (EnoughException const&) { // NOLINT(bugprone-empty-catch): the rest is not wanted
     }
-    writer->EndLayer();
-    writer->Finish();
+    writer.EndLayer();
     if (counts.deleted > 0) {
         PrintWarning(console, std::string(file.Utf8()) + ": " +
                                   Counted(counts.deleted, "deleted row is|deleted rows are") +
                                   " left out; --with-deleted keeps them");
     }
-    return writer->GetProblemCount() == 0 && !console.report->HasLoss();
+    return !console.report->HasLoss();
 }
 
 } // namespace
@@ -155,11 +225,18 @@ int RunExport(Console& console, ExportOptions const& options) {
     std::vector<Input> const inputs = FindInputs(console, options.paths, failed);
     RequireOneLayer(options.rows.records, inputs.size());
     bool isWhole = true;
-    for (ExportTarget const& target : PlanExport(inputs, options)) {
-        failed += !Survives(console, target.input.file.Utf8(), [&] {
+    std::vector<ExportTarget> const targets = PlanExport(inputs, options);
+    Outputs outputs(console, options, targets);
+    for (ExportTarget const& target : targets) {
+        std::string_view const name = target.input.file.Utf8();
+        bool const isDone = Survives(console, name, [&] {
             MakeFolderOf(target);
-            isWhole = ExportFile(console, target.input.file, target.path, options) && isWhole;
+            isWhole =
+                ExportFile(console, target.input.file, target.path, options, outputs) && isWhole;
         });
+        bool const isFinished = Survives(
+            console, name, [&] { isWhole = outputs.EndLayer(target.path, isDone) && isWhole; });
+        failed += isDone && isFinished ? 0 : 1;
     }
     return failed > 0 || !isWhole ? EXIT_PROBLEM : EXIT_OK;
 }

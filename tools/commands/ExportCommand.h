@@ -21,6 +21,7 @@ struct ExportOptions {
     std::string format;       ///< a name, or empty: what the output's extension says
     FormatOptions formatOptions;
     std::optional<BRect> window; ///< map units of the layer
+    std::string where;           ///< an expression of SQL; empty for all records
     bool toWgs84 = false;
     RowOptions rows;
     SourceOptions source{.mode = HoldMode::Stream};

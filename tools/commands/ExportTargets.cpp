@@ -48,16 +48,20 @@ std::vector<ExportTarget> PlanFolder(std::vector<Input> const& inputs,
 std::vector<ExportTarget> PlanExport(std::vector<Input> const& inputs,
                                      ExportOptions const& options) {
     bool const isFolder = IsFolder(options.output, inputs.size());
-    FormatFor(options.format, isFolder ? "-" : options.output).Require(options.formatOptions);
+    Format const& format = FormatFor(options.format, isFolder ? "-" : options.output);
+    format.Require(options.formatOptions);
     if (isFolder) {
         return PlanFolder(inputs, options);
     }
-    if (inputs.size() > 1) {
+    if (inputs.size() > 1 && !format.holdsSeveralLayers) {
         throw UsageException(std::to_string(inputs.size()) +
                              " layers need a folder; add --output FOLDER/");
     }
-    return inputs.empty() ? std::vector<ExportTarget>()
-                          : std::vector<ExportTarget>{{inputs.front(), options.output, ""}};
+    std::vector<ExportTarget> targets;
+    for (Input const& input : inputs) {
+        targets.push_back({input, options.output, ""});
+    }
+    return targets;
 }
 
 void MakeFolderOf(ExportTarget const& target) {

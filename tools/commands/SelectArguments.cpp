@@ -1,6 +1,7 @@
 #include "commands/ArgumentValues.h"
 #include "commands/Command.h"
 #include "commands/SelectCommand.h"
+#include "terminal/Console.h"
 
 #include <CLI/CLI.hpp>
 
@@ -13,13 +14,16 @@ public:
     void Declare(CLI::App& app) override {
         AddPaths(app, options.paths);
         AddWindow(app, window);
-        app.get_option("--bbox")->required();
+        AddWhere(app, options.where);
         AddWithDeleted(app, options.withDeleted);
         app.add_flag("--json", options.json, "Print a JSON array");
     }
 
     int Run(Console& console) override {
-        options.window = ParseWindow(window);
+        options.window = ParseOptionalWindow(window);
+        if (!options.window && options.where.empty()) {
+            throw UsageException("--bbox or --where is required");
+        }
         return RunSelect(console, options);
     }
 

@@ -43,7 +43,7 @@ _ambrel_shp() {
         --geometry) _ambrel_shp_words "wkt xy wkb none" "$current"; return ;;
         --mode) _ambrel_shp_words "stream memory cache direct" "$current"; return ;;
         --encoding) _ambrel_shp_words "UTF-8 1252 1250 ISO-8859-1 ISO-8859-2 850 Big5" "$current"; return ;;
-        --bbox | --unpack-limit | --fields | --records | --limit | --precision | --output-encoding | --z-attribute | --size | --style) return ;;
+        --bbox | --where | --unpack-limit | --fields | --records | --limit | --precision | --output-encoding | --z-attribute | --size | --style) return ;;
     esac
 
     if [[ $current == -* ]]; then
@@ -54,11 +54,11 @@ _ambrel_shp() {
             info) options+=" --json --brief --encoding" ;;
             export)
                 options+=" --output --format --bbox --to-wgs84 --no-attributes --z-attribute"
-                options+=" --fields --records --limit --encoding --mode --geometry --output-encoding --precision --with-deleted --measures"
+                options+=" --fields --records --limit --encoding --mode --geometry --output-encoding --precision --where --with-deleted --measures"
                 ;;
             table) options+=" --fields --records --limit --encoding" ;;
             check) options+=" --all --quiet --json --encoding" ;;
-            select) options+=" --bbox --json --with-deleted" ;;
+            select) options+=" --where --bbox --json --with-deleted" ;;
             repair) options+=" --output --encoding" ;;
             sql) options+=" --format --encoding" ;;
             draw) options+=" --records --output --size --bbox --style" ;;

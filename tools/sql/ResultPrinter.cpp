@@ -40,6 +40,8 @@ std::string ValueAt(sqlite3_stmt* row, int column) {
     case SQLITE_FLOAT: {
         double const value = sqlite3_column_double(row, column);
         std::isfinite(value) ? AppendNumber(text, value) : void(text = TextAt(row, column));
+        // As SQLite tells a real number from a whole one.
+        text += text.find_first_not_of("-0123456789") == std::string::npos ? ".0" : "";
         break;
     }
     case SQLITE_BLOB: return HexAt(row, column);
