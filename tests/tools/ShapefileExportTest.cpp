@@ -82,13 +82,13 @@ TEST_F(ShapefileExport, RepairsWhatHasNoIndexAndACutTable) {
 TEST_F(ShapefileExport, LeavesNothingWhereItFails) {
     Write(SmallFile(1));
     for (auto const& [command, complaint] :
-         {std::pair{"export map.shp -o map.shp", "usage: --output: map.shp is what is read"},
+         {std::pair{"export map.shp -o map.shp", "--output: map.shp is what is read"},
           {"export map.shp -o new.dbf --format shp",
-           "usage: --output: the name of a shapefile ends with .shp"},
+           "--output: the name of a shapefile ends with .shp"},
           {"export map.shp -o new.shp --output-encoding UTF-16",
-           "usage: --output-encoding: UTF-16 is no encoding that a table can have"},
+           "--output-encoding: UTF-16 is no encoding that a table can have"},
           {"export map.shp -o new.csv --output-encoding 1252",
-           "usage: --output-encoding: csv is always in UTF-8"}}) {
+           "--output-encoding: csv is always in UTF-8"}}) {
         EXPECT_EQ(RunTool(command), Failed(2, complaint));
         EXPECT_EQ(NewFiles(), Texts());
     }
