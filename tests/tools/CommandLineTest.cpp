@@ -61,9 +61,9 @@ protected:
     Program() {
         ShapefileBuilder builder(1);
         for (int i = 0; i < 20000; ++i) {
-            builder.Point(i, -i);
+            builder.Point(i * 0.001, i * -0.001);
         }
-        Write(builder, "Zürich");
+        Write(builder.File(".prj", "EPSG:4326"), "Zürich");
         ::setenv("TOOL", TOOL_PROGRAM, 1);
     }
 
@@ -109,7 +109,8 @@ TEST_F(Program, GetsAlongWithPipesFilesAndLocales) {
 TEST_F(Program, EndsAtTheFirstSignalWhereverItIs) {
     WriteZip("map.zip", {{"a.shp", TextOf("Zürich.shp")},
                          {"a.shx", TextOf("Zürich.shx")},
-                         {"a.dbf", TextOf("Zürich.dbf")}});
+                         {"a.dbf", TextOf("Zürich.dbf")},
+                         {"a.prj", TextOf("Zürich.prj")}});
     std::filesystem::create_directory("tmp");
     // A pipe that is open for both directions never ends, and takes no more than it can hold.
     std::string const setUp = "export TMPDIR=$PWD/tmp; rm -f pipe; mkfifo pipe; stop() { "

@@ -1,6 +1,7 @@
 #include "ToolRun.h"
 #include "terminal/Interrupt.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace Ambrel::Test {
@@ -60,7 +61,7 @@ TEST_F(Export, WritesEachKindOfGeometry) {
     Vertices const far = {{20, 0}, {20, 9}, {29, 9}, {20, 0}};
     Parts const line = {{{1, 2}, {3, 4}}};
     std::tuple<ShapefileBuilder, std::string, std::string> const cases[] = {
-        {ShapefileBuilder(5).Null(), "null", ""},
+        {ShapefileBuilder(5).Null(), "null", "\"\""},
         {ShapefileBuilder(1).Point(1, 2), "Point [1,2]", "POINT (1 2)"},
         {ShapefileBuilder(11).Point(1, 2, 3), "Point [1,2,3]", "POINT Z (1 2 3)"},
         {ShapefileBuilder(8).MultiPoint({{1, 2}, {3, 4}}), "MultiPoint [[1,2],[3,4]]",
@@ -161,6 +162,102 @@ TEST_F(Export, TransformsToLongitudeAndLatitude) {
     EXPECT_TRUE(features[1]["geometry"].is_null());
 }
 
+TEST_F(Export, WritesGeoJsonInWgs84AndOtherFormatsInTheLayersOwnSystem) {
+    Write(ShapefileBuilder(1).Point(500000, 0).File(".prj", "EPSG:32632"));
+    auto const position = [](std::string const& options) {
+        Json const all = RunForJson("export map.shp" + options);
+        Json const place = all["features"][0]["geometry"]["coordinates"];
+        std::string const x = std::to_string(place[0].get<double>());
+        return x + (all.contains("crs") ? " " + all["crs"]["properties"]["name"].dump() : "");
+    };
+    EXPECT_EQ(position(""), "9.000000");
+    EXPECT_EQ(position(" --to-crs source"), "500000.000000 \"urn:ogc:def:crs:EPSG::32632\"");
+    EXPECT_EQ(position(" --to-crs EPSG:3857"), "1001875.417139 \"urn:ogc:def:crs:EPSG::3857\"");
+    EXPECT_EQ(position(" --crs EPSG:32633"), "15.000000");
+    EXPECT_EQ(position(" --bbox 499999,-1,500001,1"), "9.000000");
+    EXPECT_EQ(RunTool("export map.shp --format csv"), Printed("id,wkt\r\n1,POINT (500000 0)\r\n"));
+    EXPECT_EQ(RunTool("export map.shp --to-wgs84 --to-crs EPSG:3857").exitCode, 2);
+    EXPECT_EQ(RunTool("export map.shp --to-crs nonsense").exitCode, 2);
+}
+
+TEST_F(Export, KeepsEveryDigitAndSaysWhatItCannotKnow) {
+    ShapefileBuilder builder(1);
+    Write(builder.Point(0.1, 1e-17));
+    std::string const unknown = "ambrel-shp: warning: map.shp: the coordinate system is not known, "
+                                "so the coordinates stay as they are; see --crs\n";
+    ToolRun const run = RunToolVerbatim("export map.shp");
+    EXPECT_EQ(run, (ToolRun{0, run.out, unknown}));
+    EXPECT_NE(run.out.find("[0.1,1e-17]"), std::string::npos) << run;
+    EXPECT_EQ(RunToolVerbatim("export map.shp --crs EPSG:4326"), Printed(run.out));
+
+    Write(builder.Point(727, 971).File(".prj", "EPSG:4269"));
+    ToolRun const wrong = RunTool("export map.shp");
+    EXPECT_EQ(wrong.exitCode, 1) << wrong;
+    EXPECT_NE(wrong.out.find("[727,971]"), std::string::npos) << wrong;
+    EXPECT_EQ(wrong.err, "ambrel-shp: warning: map.shp: 1 record has longitudes and latitudes that "
+                         "cannot be such; is the .prj file wrong? See --crs\n");
+    EXPECT_EQ(
+        RunTool("check map.shp").out,
+        "map.shp: record 1: it is said to be in longitudes and latitudes, and has coordinates "
+        "that cannot be such\nmap.shp: 2 records, 1 problem\n");
+}
+
+TEST_F(Export, LeavesOutDeletedRowsInEveryMode) {
+    TableBuilder table;
+    table.Field("id", 'N', 1).Row({"7"}).RawRow({'*', '8'}).Row({"9"});
+    ShapefileBuilder builder(1);
+    Write(builder.Point(1, 2).Point(3, 4).Point(5, 6).Table(table));
+    for (std::string const& mode : modes) {
+        ToolRun const run = RunTool("export map.shp --mode " + mode);
+        EXPECT_EQ(run.err, "ambrel-shp: warning: map.shp: 1 deleted row is left out; "
+                           "--with-deleted keeps them\n");
+        Json const features = Json::parse(run.out)["features"];
+        ASSERT_EQ(features.size(), 2U) << run;
+        EXPECT_EQ(features[1]["id"], 2);
+        EXPECT_EQ(RunForJson("export map.shp --with-deleted --mode " + mode)["features"].size(),
+                  3U);
+    }
+    EXPECT_EQ(RunTool("check map.shp"),
+              Printed("map.shp: 3 records, no problems, 1 deleted row\n"));
+    EXPECT_EQ(RunTool("select map.shp --bbox 0,0,9,9"), Printed("0\n2\n"));
+    EXPECT_EQ(RunForJson("info --json map.shp")[0]["deletedRows"], 1);
+}
+
+TEST_F(Export, HoldsOneBudgetInEveryMode) {
+    // A record of 640 KB that the index names four times: the first three are within twice the
+    // file.
+    ShapefileBuilder builder(8);
+    builder.MultiPoint(Vertices(40000, {1, 2}));
+    for (int i = 0; i < 3; ++i) {
+        builder.IndexEntry(50, 320020);
+    }
+    builder.Row({}).Row({}).Row({}).Row({});
+    Write(builder);
+    ToolRun const expected = RunTool("export map.shp --format csv --no-attributes");
+    EXPECT_EQ(expected.exitCode, 1);
+    EXPECT_EQ(std::count(expected.out.begin(), expected.out.end(), '\n'), 3);
+    for (std::string const& mode : modes) {
+        EXPECT_TRUE(RunTool("export map.shp --format csv --no-attributes --mode " + mode) ==
+                    expected)
+            << mode;
+    }
+    // Without a length in the first entry, a whole read would end there.
+    Write(ShapefileBuilder(1).Point(1, 2).IndexLength(0).Point(3, 4));
+    for (std::string const& mode : modes) {
+        EXPECT_EQ(RunTool("export map.shp --format csv --mode " + mode).out,
+                  "id,wkt\r\n1,\r\n2,POINT (3 4)\r\n")
+            << mode;
+    }
+}
+
+TEST_F(Export, LeavesOutFieldsOfNoWidth) {
+    Write(ShapefileBuilder(1).Field("a", 'N', 1).Field("b", 'C', 0).Row({"1", ""}).Point(1, 2));
+    EXPECT_EQ(RunTool("export map.shp --format csv"),
+              (ToolRun{0, "a,wkt\r\n1,POINT (1 2)\r\n",
+                       "ambrel-shp: warning: map.shp: the field b has a width of 0 and is left "
+                       "out\n"}));
+}
+
 TEST_F(Export, ReplacesAFileOnlyWhenItIsComplete) {
     namespace fs = std::filesystem;
     constexpr auto permissions = fs::perms(0640);
@@ -241,8 +338,8 @@ TEST_F(Export, WritesToADeviceAndSaysWhatItCanNotDo) {
     EXPECT_EQ(RunTool("export map.shp -o no/such/file.json"),
               Failed(1, "cannot write no/such/file.json: No such file or directory"));
     EXPECT_EQ(RunTool("export map.shp --to-wgs84"),
-              Failed(1, "--to-wgs84: the coordinate system is not known "
-                        "(map.shp)"));
+              Failed(1, "--to-crs: the coordinate system of the layer is not "
+                        "known; see --crs (map.shp)"));
 }
 
 TEST_F(Export, WritesAFileForEachLayerOfAFolder) {

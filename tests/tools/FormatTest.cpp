@@ -48,7 +48,7 @@ TEST_F(FormatTest, WritesTheGeometryOfCsvInTheFormAskedFor) {
     EXPECT_EQ(RunTool(line + "none"), Printed("x\r\na\r\nb\r\nc\r\n"));
     EXPECT_EQ(RunTool(line + "none --no-attributes").exitCode, 2);
     EXPECT_EQ(RunTool(line + "wkt --no-attributes"),
-              Printed("wkt\r\nPOINT ZM (1.5 2 3 4)\r\n\r\nPOINT ZM (5 6 7 nan)\r\n"));
+              Printed("wkt\r\nPOINT ZM (1.5 2 3 4)\r\n\"\"\r\nPOINT ZM (5 6 7 nan)\r\n"));
     EXPECT_EQ(RunTool(line + "text").exitCode, 2);
     EXPECT_EQ(RunTool("export map.shp --geometry wkb").exitCode, 2);
     Write(ShapefileBuilder(1).Point(1, 2));

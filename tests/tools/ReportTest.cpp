@@ -16,7 +16,10 @@ TEST_F(Info, DescribesALayerForProgramsAndForPeople) {
     builder.Field("real", 'N', 9, 3).Field("day", 'D', 8).Field("yes", 'L', 1).Row({}).Row({});
     builder.Polygon({{{-1, 2}, {-1, 5}, {4, 5}, {-1, 2}}}, {7, 8, 9, 7}, {1, 2, 3, 1.5}).Null();
     Write(builder.File(".cpg", "UTF-8").File(".prj", "EPSG:4326"));
-    EXPECT_EQ(RunForJson("--json map"), Json::parse(R"([{
+    Json layers = RunForJson("--json map");
+    EXPECT_TRUE(std::string(layers[0]["wkt"]).starts_with("GEOGCRS[\"WGS 84\""));
+    layers[0].erase("wkt");
+    EXPECT_EQ(layers, Json::parse(R"([{
         "name": "map", "path": "map.shp",
         "shapeType": 15, "shapeTypeName": "PolygonZ", "geometryClass": "areas",
         "records": 2, "deletedRows": 0,
@@ -110,23 +113,22 @@ TEST_F(Check, NamesExactlyWhatIsDamagedAndEachProblemOnce) {
     builder.Polyline(line).IndexLength(40).ContentLength(39).Polyline(line).Table(table);
     Write(builder);
     EXPECT_EQ(RunTool("check map.shp").exitCode, 1);
-    Write(ShapefileBuilder(1).Without(".dbf"), "unreadable");
+    Write(ShapefileBuilder(1).Version(999), "unreadable");
     // The first file is opened once more for the records behind the one that throws.
     EXPECT_EQ(
         RunTool("check ."),
-        (ToolRun{
-            2,
-            "map.shp: the table's size does not fit what its header states\n"
-            "map.shp: the table's rows are missing or damaged\n"
-            "map.shp: the attributes hold default values in place of the table's\n"
-            "map.shp: record 1: it counts more vertices than it has bytes for; its "
-            "geometry is left out\n"
-            "map.shp: record 3: it is left out: "
-            "Multipatch geometry is not supported.\n"
-            "map.shp: record 4: its length is 40 in the index and 39 in the main file\n"
-            "map.shp: 6 records, 6 problems\n"
-            "2 files, 6 records, 6 problems in 1 file, 1 unreadable\n",
-            "ambrel-shp: unreadable.shp needs its table unreadable.dbf, which is not there\n"}));
+        (ToolRun{2,
+                 "map.shp: the table holds 1 of the 6 rows that it states; the others have "
+                 "no values\n"
+                 "map.shp: record 1: it counts more vertices than it has bytes for; its "
+                 "geometry is left out\n"
+                 "map.shp: record 3: it is left out: "
+                 "Multipatch geometry is not supported.\n"
+                 "map.shp: record 4: its length is 40 in the index and 39 in the main file\n"
+                 "map.shp: 6 records, 4 problems, 5 missing values\n"
+                 "2 files, 6 records, 4 problems in 1 file, 1 unreadable\n",
+                 "ambrel-shp: unreadable.shp is no shapefile that can be read: its version is "
+                 "not 1000 (bytes e7 03 00 00)\n"}));
 }
 
 TEST_F(Check, TellsOfRecordsThatTheIndexLost) {
@@ -143,19 +145,24 @@ TEST_F(Check, TellsOfRecordsThatTheIndexLost) {
               Printed("map.shp: 2 records, no problems, 1 without a position\n"));
     Write(ShapefileBuilder(1).Point(1, 2).Cut(".shx", 100));
     EXPECT_EQ(RunTool("check map.shp").out,
-              "map.shp: there is a record behind the last one that the index names\n"
-              "map.shp: the table has 1 row for 0 records\n"
-              "map.shp: 0 records, 2 problems\n");
+              "map.shp: the index is missing or unusable; 1 record was found in the main file\n"
+              "map.shp: 1 record, 1 problem\n");
 }
 
-TEST_F(Check, TellsWhatIsKnownOfAFileThatCanNotBeRead) {
+TEST_F(Check, TellsWhatIsDoneWithout) {
     Write(ShapefileBuilder(1).Point(1, 2).Table(TableBuilder().HeaderLength(1)));
-    ToolRun const run = RunTool("check map.shp");
-    EXPECT_EQ(run, (ToolRun{2,
-                            "map.shp: the table's header cannot be right: it has 1 byte, and a row "
-                            "1\n",
-                            run.err}));
-    EXPECT_EQ(run.err, "ambrel-shp: map.dbf is no table: its header does not make sense\n");
+    EXPECT_EQ(RunTool("check map.shp"),
+              (ToolRun{1,
+                       "map.shp: the table's header cannot be right: it has 1 byte, and a row 1\n"
+                       "map.shp: the table is missing or unusable; there are no attributes\n"
+                       "map.shp: 1 record, 2 problems\n",
+                       ""}));
+    std::filesystem::remove("map.dbf");
+    std::filesystem::remove("map.shx");
+    ToolRun const run = RunTool("export map.shp --format csv");
+    EXPECT_EQ(run.exitCode, 0) << run;
+    EXPECT_EQ(run.out, "wkt\r\nPOINT (1 2)\r\n");
+    EXPECT_NE(run.err.find("the index is missing or unusable"), std::string::npos) << run;
 }
 
 TEST_F(Check, HoldsTheIndexAgainstTheMainFile) {
@@ -212,18 +219,18 @@ TEST_F(Check, PrintsTenOfAKindAndTheNumberOfTheOthers) {
 
 TEST_F(Check, SpeaksToProgramsAndToThoseWhoWantTheBadAlone) {
     Write(ShapefileBuilder(1).Point(1, 2).Null(), "a");
-    Write(ShapefileBuilder(1).Point(1, 2).ContentLength(9), "b");
+    Write(ShapefileBuilder(1).Point(1, 2).ContentLength(9).Point(3, 4), "b");
     ToolRun const run = RunTool("check --json .");
     EXPECT_EQ(run.exitCode, 1) << run;
     EXPECT_EQ(Json::parse(run.out), Json::parse(R"({"files": [
         {"path": "a.shp", "records": 2, "problems": 0, "counts": {"null-shape": 1}, "listed": []},
-        {"path": "b.shp", "records": 1, "problems": 1, "counts": {"lengths-differ": 1}, "listed": [
+        {"path": "b.shp", "records": 2, "problems": 1, "counts": {"lengths-differ": 1}, "listed": [
             {"finding": "lengths-differ", "record": 0,
              "text": "record 0: its length is 10 in the index and 9 in the main file"}]}],
-        "total": {"records": 3, "problems": 1, "unreadable": 0}})"));
+        "total": {"records": 4, "problems": 1, "unreadable": 0}})"));
     EXPECT_EQ(RunTool("check --quiet .").out,
               "b.shp: record 0: its length is 10 in the index and 9 in the main file\n"
-              "b.shp: 1 record, 1 problem\n");
+              "b.shp: 2 records, 1 problem\n");
     EXPECT_EQ(RunTool("check --quiet a.shp"), Printed(""));
 }
 

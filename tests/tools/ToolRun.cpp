@@ -17,6 +17,16 @@ std::string WithoutFolder(std::string text) {
     return text;
 }
 
+/// Without the lines that end so.
+std::string WithoutLines(std::string const& text, std::string_view end) {
+    std::istringstream lines(text);
+    std::string others;
+    for (std::string line; std::getline(lines, line);) {
+        others += line.ends_with(end) ? "" : line + "\n";
+    }
+    return others;
+}
+
 } // namespace
 
 std::ostream& operator<<(std::ostream& stream, ToolRun const& run) {
@@ -32,6 +42,12 @@ ToolRun Failed(int exitCode, std::string const& complaint) {
 }
 
 ToolRun RunTool(std::string const& commandLine) {
+    ToolRun run = RunToolVerbatim(commandLine);
+    run.err = WithoutLines(run.err, "so the coordinates stay as they are; see --crs");
+    return run;
+}
+
+ToolRun RunToolVerbatim(std::string const& commandLine) {
     std::istringstream stream(commandLine);
     std::vector<std::string> const words{std::istream_iterator<std::string>(stream), {}};
     Tool::StringSink out;

@@ -22,7 +22,11 @@ ToolRun Failed(int exitCode, std::string const& complaint);
 
 /// Runs the tool in this process, with the words of the command line: RunTool("info map.shp").
 /// What it prints names files of the current folder without the folder.
+/// The warning that a layer's coordinate system is not known, which holds for most of the files
+/// that tests write, is left out.
 ToolRun RunTool(std::string const& commandLine);
+/// The same with that warning.
+ToolRun RunToolVerbatim(std::string const& commandLine);
 
 /// The tool's standard output as JSON; a run that fails or complains is a test failure.
 nlohmann::json RunForJson(std::string const& commandLine);

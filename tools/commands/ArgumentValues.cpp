@@ -1,5 +1,6 @@
 #include "commands/ArgumentValues.h"
 
+#include "source/LayerTransform.h"
 #include "terminal/Console.h"
 
 #include <CLI/CLI.hpp>
@@ -59,6 +60,20 @@ void AddPaths(CLI::App& app, InputPaths& paths) {
 
 void AddEncoding(CLI::App& app, std::string& encoding) {
     app.add_option("--encoding", encoding, encodingHelp)->type_name("NAME");
+}
+
+void AddCrs(CLI::App& app, std::string& crs) {
+    app.add_option(
+           "--crs", crs,
+           "State the coordinate system, where there is no .prj file or a wrong one: EPSG:n "
+           "or any name that PROJ knows")
+        ->type_name("NAME");
+}
+
+void RefuseUnknownSystem(std::string const& option, std::string const& name) {
+    if (!name.empty()) {
+        CoordSysCalled(option, name);
+    }
 }
 
 void AddWithDeleted(CLI::App& app, bool& withDeleted) {

@@ -24,6 +24,10 @@ constexpr char const* windowHelp = "Rectangle in the layer's own map units";
 void AddPaths(CLI::App& app, InputPaths& paths);
 /// "--encoding".
 void AddEncoding(CLI::App& app, std::string& encoding);
+/// "--crs".
+void AddCrs(CLI::App& app, std::string& crs);
+/// Throws UsageException for a coordinate system that nobody knows; an empty name is none.
+void RefuseUnknownSystem(std::string const& option, std::string const& name);
 /// "--with-deleted".
 void AddWithDeleted(CLI::App& app, bool& withDeleted);
 /// "--records", as text for ParseRecords.

@@ -16,9 +16,13 @@ public:
         app.add_flag("--quiet", options.quiet, "Print only what is wrong");
         app.add_flag("--json", options.json, "Print a JSON object, with an array of the files");
         AddEncoding(app, options.encoding);
+        AddCrs(app, options.crs);
     }
 
-    int Run(Console& console) override { return RunCheck(console, options); }
+    int Run(Console& console) override {
+        RefuseUnknownSystem("--crs", options.crs);
+        return RunCheck(console, options);
+    }
 
 private:
     CheckOptions options;

@@ -79,13 +79,18 @@ PassageCounts LookAt(Console& console, BString const& file, CheckOptions const& 
                    .encoding = options.encoding,
                    .withMeasures = measuresAreHidden,
                    .crs = options.crs});
-    FeatureCheck check(report, {.measuresAreHidden = measuresAreHidden});
+    BSharedPtr<BCoordSys> const crs = source.Layer().GetCoordSys();
+    FeatureCheck check(report, {.measuresAreHidden = measuresAreHidden,
+                                .isGeographic = crs && crs->IsGeographic()});
     std::unique_ptr<StoredBoxes> const boxes = OpenBoxes(console, file);
     PassageCounts const counts =
         PassFeatures(console, file, source, [&](std::uint64_t record, BFeature& feature) {
             check.Take(record, feature, boxes->Of(record, feature));
             output.Flush(); // not where it is found, since what is thrown in the log is lost
         });
+    if (measuresAreHidden) { // the header has not promised any
+        report.Forget(static_cast<std::uint32_t>(FindingCode::NoMeasures));
+    }
     if (counts.deleted > 0) {
         report.Count(DELETED_ROWS, counts.deleted);
     }

@@ -3,6 +3,7 @@
 #include "source/FindingReport.h"
 
 #include "ShpReader/format/DbfFormat.h"
+#include "ShpReader/format/Findings.h"
 #include "ShpReader/format/ShpFormat.h"
 
 #include "Ambrel/BFileUtilities.h"
@@ -87,6 +88,12 @@ void CheckCompanions(BString const& shapefile, FindingReport& report) {
     auto const companion = [&](char const* extension) {
         return BFileUtilities::ChangeExtension(shapefile, BString::FromUtf8(extension));
     };
+    auto const has = [&](FindingCode code) {
+        return report.CountOf(static_cast<std::uint32_t>(code)) > 0;
+    };
+    if (has(FindingCode::IndexSalvaged)) { // what there is of an index is not what was read
+        return;
+    }
     auto const add = [&](ToolFinding code, std::vector<std::int64_t> const& values) {
         report.Add(code, {}, {values.begin(), values.end()});
     };
@@ -114,7 +121,8 @@ void CheckCompanions(BString const& shapefile, FindingReport& report) {
         add(LAST_RECORD_CUT, {indexed.end - mainFile.size()});
     }
     std::int64_t const rows = RowCount(companion(".dbf"));
-    if (rows != records) {
+    bool const isTold = has(FindingCode::TableMissing) || has(FindingCode::TableSalvaged);
+    if (rows != records && !isTold) {
         add(ROW_COUNT_DIFFERS, {rows, records});
     }
 }

@@ -25,8 +25,7 @@ public:
         AddRows(app, options.rows, records);
         AddWindow(app, window);
         AddWhere(app, options.where);
-        app.add_flag("--to-wgs84", options.toWgs84,
-                     "Transform to longitude and latitude (needs a .prj file)");
+        DeclareSystems(app);
         app.add_flag("--no-attributes", noAttributes, "Leave the table's values out");
         app.add_option("--z-attribute", options.source.attributeZ,
                        "Field whose value becomes Z (single points, lines and polygons)")
@@ -54,10 +53,26 @@ public:
             throw UsageException("--fields: there are none with --no-attributes");
         }
         options.rows.records = ParseRecords(records);
+        if (toWgs84 && !options.toCrs.empty()) {
+            throw UsageException("--to-wgs84: there is a --to-crs already");
+        }
+        options.toCrs = toWgs84 ? "EPSG:4326" : options.toCrs;
+        RefuseUnknownSystem("--crs", options.source.crs);
+        RefuseUnknownSystem("--to-crs", options.toCrs == "source" ? "" : options.toCrs);
         return RunExport(console, options);
     }
 
 private:
+    void DeclareSystems(CLI::App& app) {
+        AddCrs(app, options.source.crs);
+        app.add_option(
+               "--to-crs", options.toCrs,
+               "Coordinate system to write: EPSG:n, any name that PROJ knows, or \"source\" "
+               "(default: WGS 84 in GeoJSON, else the layer's own)")
+            ->type_name("NAME");
+        app.add_flag("--to-wgs84", toWgs84, "The same as --to-crs EPSG:4326");
+    }
+
     void DeclareOutput(CLI::App& app) {
         app.add_option("-o,--output", options.output,
                        "File to write, \"-\" for standard output (default), or a folder that gets "
@@ -83,6 +98,7 @@ private:
     std::optional<std::string> records;
     std::string window;
     std::string mode = "stream";
+    bool toWgs84 = false;
     bool noAttributes = false;
 };
 

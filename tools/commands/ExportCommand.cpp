@@ -2,6 +2,7 @@
 #include "commands/ExportTargets.h"
 #include "commands/FeaturePassage.h"
 #include "commands/ForEachFile.h"
+#include "commands/OutputSystem.h"
 #include "formats/Format.h"
 #include "formats/GeometryWalk.h"
 #include "formats/OutputFile.h"
@@ -19,14 +20,6 @@ namespace Ambrel::Tool {
 
 namespace {
 
-std::unique_ptr<BTransform> TransformOf(BVectorLayer const& layer) {
-    if (!layer.GetCoordSys()) {
-        throw BDataManagerException(BString::FromUtf8("--to-wgs84"),
-                                    BString::FromUtf8("the coordinate system is not known"));
-    }
-    return layer.GetCoordSys()->MakeTransformToWgs84();
-}
-
 bool LiesIn(BRect const& window, BFeature const& feature) {
     BRect const rectangle = feature.ComputeMBR();
     return rectangle.xMax >= rectangle.xMin && rectangle.yMax >= rectangle.yMin &&
@@ -37,11 +30,11 @@ bool LiesIn(BRect const& window, BFeature const& feature) {
 class Export {
 public:
     Export(Console& theConsole, ExportOptions const& theOptions, FeatureWriter& theWriter,
-           FieldList const& fieldList, std::unique_ptr<BTransform> theTransform)
+           FieldList const& fieldList, OutputSystem& theSystem)
         : console(theConsole), options(theOptions), writer(theWriter), fields(fieldList),
-          rows(options.rows), transform(std::move(theTransform)) {}
+          rows(options.rows), system(theSystem) {}
 
-    /// Changes the geometry where a transformation was asked for.
+    /// Brings the geometry into the system of the output.
     void Take(std::uint64_t record, BFeature& feature) {
         if (rows.IsAskedFor(record) && (!options.window || LiesIn(*options.window, feature))) {
             rows.Take();
@@ -61,27 +54,10 @@ private:
             return nullptr;
         }
         if (!IsFinite(*geometry)) {
-            return LeaveOut(record, GEOMETRY_NOT_FINITE);
+            console.report->Add(GEOMETRY_NOT_FINITE, record);
+            return nullptr;
         }
-        if (transform && !Transforms(*geometry)) {
-            return LeaveOut(record, GEOMETRY_NOT_TRANSFORMED, {"WGS 84"});
-        }
-        return geometry;
-    }
-
-    BGeometry const* LeaveOut(std::uint64_t record, ToolFinding why,
-                              std::vector<BLogValue> const& values = {}) const {
-        console.report->Add(why, record, values);
-        return nullptr;
-    }
-
-    bool Transforms(BGeometry& geometry) const {
-        try {
-            geometry.Transform(*transform, false);
-        } catch (BException const&) { // the position lies outside the coordinate system
-            return false;
-        }
-        return IsFinite(geometry);
+        return system.Bring(record, *geometry);
     }
 
     Console& console;
@@ -89,8 +65,18 @@ private:
     FeatureWriter& writer;
     FieldList const& fields;
     RowChoice rows;
-    std::unique_ptr<BTransform> transform;
+    OutputSystem& system;
 };
+
+/// The fields that are written. Those that are not are reported.
+FieldList FieldsOf(FindingReport& report, std::string const& wanted, BAttributeDefs const& schema) {
+    for (std::uint64_t i = 0; wanted.empty() && i < schema.GetCount(); ++i) {
+        if (schema.GetAt(i).width == 0) {
+            report.Add(FIELD_WITHOUT_WIDTH, {}, {std::string(schema.GetAt(i).name.Utf8())});
+        }
+    }
+    return FieldList(wanted, schema);
+}
 
 void RequireField(BAttributeDefs const& schema, std::string const& name) {
     for (std::uint64_t i = 0; i < schema.GetCount(); ++i) {
@@ -183,13 +169,12 @@ bool ExportFile(Console& console, BString const& file, std::string const& output
     if (!options.source.attributeZ.empty()) {
         RequireField(source.Layer().GetSchema(), options.source.attributeZ);
     }
-    std::unique_ptr<BTransform> transform = options.toWgs84 ? TransformOf(source.Layer()) : nullptr;
-    FieldList const fields(options.rows.fields, source.Layer().GetSchema());
+    Format const& format = FormatFor(options.format, outputPath);
+    OutputSystem system(*console.report, source.Layer(), format, options.toCrs);
     LayerDescription layer = DescribeLayer(source.Layer());
+    layer.coordSys = system.System();
+    FieldList const fields = FieldsOf(*console.report, options.rows.fields, layer.schema);
     layer.schema = options.source.useAttributes ? fields.Schema() : BAttributeDefs();
-    if (options.toWgs84) {
-        layer.coordSys = BSharedPtr<BCoordSys>(BCoordSys::FromText("EPSG:4326"));
-    }
     FormatOptions formatOptions = options.formatOptions;
     if (formatOptions.encoding.empty()) {
         formatOptions.encoding = source.Encoding();
@@ -197,7 +182,7 @@ bool ExportFile(Console& console, BString const& file, std::string const& output
     layer.hasMeasures = layer.hasMeasures || options.source.withMeasures;
     std::optional<RecordFilter> const filter = FilterOf(console, file, options);
     FeatureWriter& writer = outputs.WriterOf(outputPath, formatOptions);
-    Export task(console, options, writer, fields, std::move(transform));
+    Export task(console, options, writer, fields, system);
     writer.BeginLayer(layer);
     PassageCounts counts;
     try {
@@ -210,6 +195,7 @@ bool ExportFile(Console& console, BString const& file, std::string const& output
     } catch (EnoughException const&) { // NOLINT(bugprone-empty-catch): the rest is not wanted
     }
     writer.EndLayer();
+    system.Finish();
     if (counts.deleted > 0) {
         PrintWarning(console, std::string(file.Utf8()) + ": " +
                                   Counted(counts.deleted, "deleted row is|deleted rows are") +

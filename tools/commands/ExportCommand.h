@@ -22,7 +22,7 @@ struct ExportOptions {
     FormatOptions formatOptions;
     std::optional<BRect> window; ///< map units of the layer
     std::string where;           ///< an expression of SQL; empty for all records
-    bool toWgs84 = false;
+    std::string toCrs;           ///< what OutputSystem takes
     RowOptions rows;
     SourceOptions source{.mode = HoldMode::Stream};
 };

@@ -54,16 +54,6 @@ struct RingVisitor {
     void End(GeometryKind) {}
 };
 
-BRect BoxOf(BGeometry const& geometry) {
-    BRect box;
-    ForEachPart(geometry, [&](BPoint const* points, std::uint64_t count) {
-        for (std::uint64_t i = 0; i < count; ++i) {
-            box.Union(BRect(points[i].X, points[i].Y, points[i].X, points[i].Y));
-        }
-    });
-    return box;
-}
-
 bool IsSame(double a, double b, double scale) {
     constexpr double tolerance = 1e-7; // a float has 24 bits
     return std::abs(a - b) <= tolerance * scale;

@@ -15,9 +15,13 @@ public:
         app.add_flag("--json", options.json, "Print a JSON array, one object a layer");
         app.add_flag("--brief", options.brief, "Print one line for each layer");
         AddEncoding(app, options.encoding);
+        AddCrs(app, options.crs);
     }
 
-    int Run(Console& console) override { return RunInfo(console, options); }
+    int Run(Console& console) override {
+        RefuseUnknownSystem("--crs", options.crs);
+        return RunInfo(console, options);
+    }
 
 private:
     InfoOptions options;

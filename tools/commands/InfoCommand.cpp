@@ -73,6 +73,11 @@ Json EncodingOf(BString const& file, std::string const& wanted) {
             {"from", isKnown ? Json(stated.origin) : Json(nullptr)}};
 }
 
+Json WktOf(BCoordSys const* crs) {
+    BString const text = crs ? crs->ToText() : BString();
+    return text.IsEmpty() ? Json(nullptr) : Json(text.Utf8());
+}
+
 Json DescribeLayer(BString const& file, Source& source, InfoOptions const& options) {
     BVectorLayer& layer = source.Layer();
     std::int32_t const shapeType = HeaderOf(file).value_or(ShpFileHeader()).shapeType;
@@ -93,6 +98,7 @@ Json DescribeLayer(BString const& file, Source& source, InfoOptions const& optio
     description["measureRange"] = RangeOf(layer, "ShpMinMeasure", "ShpMaxMeasure");
     description["crs"] = crs ? Json(crs->GetName().Utf8()) : Json(nullptr);
     description["epsg"] = code ? Json(*code) : Json(nullptr);
+    description["wkt"] = WktOf(crs);
     description["encoding"] = EncodingOf(file, options.encoding);
     description["fields"] = FieldsOf(layer.GetSchema());
     return description;
@@ -209,7 +215,7 @@ int RunInfo(Console& console, InfoOptions const& options) {
     Json layers = Json::array();
     bool isFirst = true;
     int const failed = ForEachFile(console, options.paths, [&](BString const& file) {
-        Source source(console, file, {.encoding = options.encoding});
+        Source source(console, file, {.encoding = options.encoding, .crs = options.crs});
         Json layer = DescribeLayer(file, source, options);
         if (options.json) {
             layers.push_back(std::move(layer));

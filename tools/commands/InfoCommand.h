@@ -14,6 +14,7 @@ struct InfoOptions {
     bool json = false;
     bool brief = false;   ///< one line for each layer
     std::string encoding; ///< empty: what each file states
+    std::string crs;      ///< states the coordinate system; empty: the ".prj" file does
 };
 
 /// Prints what is in the layers. Returns the exit code.

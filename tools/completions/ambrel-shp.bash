@@ -51,7 +51,7 @@ _ambrel_shp() {
         [ -z "$command" ] || options+=" --recursive --unpack-limit"
         case $command in
             "") options+=" --version" ;;
-            info) options+=" --json --brief --encoding" ;;
+            info) options+=" --json --brief --encoding --crs" ;;
             export)
                 options+=" --output --format --bbox --to-wgs84 --no-attributes --z-attribute"
                 options+=" --fields --records --limit --encoding --mode --geometry --output-encoding --precision --where --with-deleted --measures"
@@ -59,6 +59,14 @@ _ambrel_shp() {
             table) options+=" --fields --records --limit --encoding" ;;
             check) options+=" --all --quiet --json --encoding" ;;
             select) options+=" --where --bbox --json --with-deleted" ;;
+                options+=" --fields --records --limit --encoding --mode --geometry --output-encoding --precision --with-deleted --measures"
+                options+=" --encoding --mode --geometry --output-encoding --precision --with-deleted --measures"
+                options+=" --output --format --bbox --crs --to-crs --to-wgs84 --no-attributes --z-attribute"
+                options+=" --encoding --mode --geometry --precision --with-deleted --measures"
+                ;;
+            table) options+=" --fields --records --limit --encoding" ;;
+            check) options+=" --all --quiet --json --encoding --crs" ;;
+            select) options+=" --bbox --json --with-deleted" ;;
             repair) options+=" --output --encoding" ;;
             sql) options+=" --format --encoding" ;;
             draw) options+=" --records --output --size --bbox --style" ;;

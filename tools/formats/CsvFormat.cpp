@@ -210,6 +210,9 @@ public:
         }
         geometryColumns->Append(text, feature, geometry);
         text.erase(start, 1);
+        if (text.size() == start) { // an empty line would be no record
+            text += R"("")";
+        }
         text += recordEnd;
         output.FlushIfFull();
     }

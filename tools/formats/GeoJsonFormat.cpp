@@ -9,6 +9,20 @@ namespace Ambrel::Tool {
 
 namespace {
 
+/// The member that named the coordinate system before RFC 7946; for one that is not the format's.
+void AppendSystem(std::string& text, BCoordSys const* system) {
+    if (!system || system->IsLongLatWgs84()) {
+        return;
+    }
+    std::string name(system->GetIdentifier().Utf8());
+    if (std::size_t const colon = name.find(':'); colon != std::string::npos) {
+        name = "urn:ogc:def:crs:" + name.replace(colon, 1, "::");
+    }
+    text += R"(,"crs":{"type":"name","properties":{"name":)";
+    AppendJsonString(text, name.empty() ? system->GetName().Utf8() : name);
+    text += "}}";
+}
+
 class GeoJsonWriter final : public FeatureWriter {
 public:
     GeoJsonWriter(Console& console, std::string const& path, FormatOptions const& formatOptions)
@@ -19,6 +33,7 @@ public:
         std::string& text = output.Buffer();
         text += R"({"type":"FeatureCollection","name":)";
         AppendJsonString(text, layer.name);
+        AppendSystem(text, layer.coordSys.Get());
         text += R"(,"features":[)";
     }
 

@@ -82,4 +82,17 @@ bool IsFinite(BGeometry const& geometry) {
     return isFinite;
 }
 
+BRect BoxOf(BGeometry const& geometry) {
+    BRect box;
+    ForEachPart(geometry, [&](BPoint const* points, std::uint64_t count) {
+        for (std::uint64_t i = 0; i < count; ++i) {
+            box.xMin = std::min(box.xMin, points[i].X);
+            box.xMax = std::max(box.xMax, points[i].X);
+            box.yMin = std::min(box.yMin, points[i].Y);
+            box.yMax = std::max(box.yMax, points[i].Y);
+        }
+    });
+    return box;
+}
+
 } // namespace Ambrel::Tool

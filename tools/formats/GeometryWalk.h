@@ -3,6 +3,7 @@
 #include "Ambrel/BAggregate.h"
 #include "Ambrel/BAreaGeo.h"
 #include "Ambrel/BGeometry.h"
+#include "Ambrel/BRect.h"
 
 #include <optional>
 #include <vector>
@@ -48,6 +49,9 @@ void ForEachPart(BGeometry const& geometry, Visit&& visit);
 /// Whether every coordinate that the geometry means is a finite number. Z counts where the
 /// geometry's own flag says that it means something.
 bool IsFinite(BGeometry const& geometry);
+
+/// The rectangle of all vertices; empty where there are none.
+BRect BoxOf(BGeometry const& geometry);
 
 /// How many vertices the ring has when it is closed: one more than it states where it ends with
 /// another vertex than it began with. Vertices that differ in Z alone differ where `is3d`.

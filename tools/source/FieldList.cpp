@@ -38,8 +38,12 @@ FieldList::FieldList(std::string const& text, BAttributeDefs const& schema)
     for (std::string name; std::getline(names, name, ',');) {
         columns.push_back(PositionOf(name, schema));
     }
-    for (std::uint64_t i = 0; isWhole && i < schema.GetCount(); ++i) {
-        columns.push_back(i);
+    for (std::uint64_t i = 0; text.empty() && i < schema.GetCount(); ++i) {
+        bool const hasWidth = schema.GetAt(i).width > 0;
+        isWhole = isWhole && hasWidth;
+        if (hasWidth) {
+            columns.push_back(i);
+        }
     }
     for (std::uint64_t const column : columns) {
         chosen.Add(schema.GetAt(column));

@@ -10,7 +10,8 @@ namespace Ambrel::Tool {
 /// The fields of a layer that the user wants, in the order wanted.
 class FieldList final {
 public:
-    /// The value of "--fields": names with commas between them; empty for all fields. A name that
+    /// The value of "--fields": names with commas between them; empty for all fields that have a
+    /// width: there may be more of the others than the file has bytes. A name that
     /// the layer does not have in these letters stands for one that differs in case. Throws
     /// UsageException for a name that there is not.
     FieldList(std::string const& text, BAttributeDefs const& schema);

@@ -46,6 +46,8 @@ public:
              std::vector<BLogValue> const& values = {});
     /// Counts what is legal.
     void Count(std::uint32_t code, std::uint64_t times = 1) { counts[code] += times; }
+    /// Takes back what has been counted.
+    void Forget(std::uint32_t code) { counts.erase(code); }
     /// Shows how many of each kind have not been shown.
     void Finish();
 

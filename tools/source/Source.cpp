@@ -1,6 +1,7 @@
 #include "source/Source.h"
 
 #include "source/Encoding.h"
+#include "source/LayerTransform.h"
 #include "source/Log.h"
 #include "source/PlugIn.h"
 #include "terminal/Console.h"
@@ -55,6 +56,9 @@ void Source::Open() {
                                                 BLogger::Instance()));
     reader->Open(path, OptionsOfOpen(options));
     layer = reader->GetLayers().GetAt(0);
+    if (!options.crs.empty()) {
+        Layer().SetCoordSys(CoordSysCalled("--crs", options.crs));
+    }
 }
 
 void Source::ReopenDirectly() {
