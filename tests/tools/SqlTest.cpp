@@ -174,7 +174,7 @@ TEST_F(Sql, ChoosesTheRecordsOfOtherCommands) {
     EXPECT_EQ(RunTool("select towns.shp --where pop=size"),
               (ToolRun{2, "",
                        "  pop=size\n      ^\n"
-                       "ambrel-shp: usage: --where: no such column: size\n"}));
+                       "ambrel-shp: --where: no such column: size\n"}));
 }
 
 TEST_F(Sql, OnlyAsks) {
@@ -193,10 +193,10 @@ TEST_F(Sql, OnlyAsks) {
 
 TEST_F(Sql, ShowsWhereAStatementIsWrong) {
     EXPECT_EQ(Refusal("SELECT 'ä',\n  size FROM towns").err,
-              "    size FROM towns\n    ^\nambrel-shp: usage: no such column: size\n");
+              "    size FROM towns\n    ^\nambrel-shp: no such column: size\n");
     EXPECT_EQ(Refusal("SELECT 'ä', sice FROM towns").err,
               "  SELECT 'ä', sice FROM towns\n              ^\n"
-              "ambrel-shp: usage: no such column: sice\n");
+              "ambrel-shp: no such column: sice\n");
 }
 
 TEST_F(Sql, NamesTablesAndColumnsApart) {
