@@ -43,7 +43,7 @@ _ambrel_shp() {
         --geometry) _ambrel_shp_words "wkt xy wkb none" "$current"; return ;;
         --mode) _ambrel_shp_words "stream memory cache direct" "$current"; return ;;
         --encoding) _ambrel_shp_words "UTF-8 1252 1250 ISO-8859-1 ISO-8859-2 850 Big5" "$current"; return ;;
-        --bbox | --where | --unpack-limit | --fields | --records | --limit | --precision | --output-encoding | --z-attribute | --size | --style) return ;;
+        --bbox | --where | --crs | --to-crs | --unpack-limit | --fields | --records | --limit | --precision | --output-encoding | --z-attribute | --size | --style) return ;;
     esac
 
     if [[ $current == -* ]]; then
@@ -53,20 +53,14 @@ _ambrel_shp() {
             "") options+=" --version" ;;
             info) options+=" --json --brief --encoding --crs" ;;
             export)
-                options+=" --output --format --bbox --to-wgs84 --no-attributes --z-attribute"
-                options+=" --fields --records --limit --encoding --mode --geometry --output-encoding --precision --where --with-deleted --measures"
-                ;;
-            table) options+=" --fields --records --limit --encoding" ;;
-            check) options+=" --all --quiet --json --encoding" ;;
-            select) options+=" --where --bbox --json --with-deleted" ;;
-                options+=" --fields --records --limit --encoding --mode --geometry --output-encoding --precision --with-deleted --measures"
-                options+=" --encoding --mode --geometry --output-encoding --precision --with-deleted --measures"
-                options+=" --output --format --bbox --crs --to-crs --to-wgs84 --no-attributes --z-attribute"
-                options+=" --encoding --mode --geometry --precision --with-deleted --measures"
+                options+=" --output --format --bbox --where --crs --to-crs --to-wgs84"
+                options+=" --no-attributes --z-attribute --fields --records --limit --mode"
+                options+=" --encoding --output-encoding --geometry --precision"
+                options+=" --with-deleted --measures"
                 ;;
             table) options+=" --fields --records --limit --encoding" ;;
             check) options+=" --all --quiet --json --encoding --crs" ;;
-            select) options+=" --bbox --json --with-deleted" ;;
+            select) options+=" --bbox --where --json --with-deleted" ;;
             repair) options+=" --output --encoding" ;;
             sql) options+=" --format --encoding" ;;
             draw) options+=" --records --output --size --bbox --style" ;;
