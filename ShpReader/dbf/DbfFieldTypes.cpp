@@ -49,32 +49,32 @@ bool IsAnything(Descriptor const&) noexcept {
 // The first row that a descriptor declares is its type. Lists have the field of their elements, as
 // only the first one is written.
 //
-//   type                    read as      letter text   decimals value             default value
+//   type                    letter text   decimals read as      value             default value
 //                                                                                 missing
 constexpr FieldType fieldTypes[] = {
-    {VAR_INTEGER, IsInteger, 'N', false, false, ConvertInteger, MakeNoInteger, HoldsNoNumber},
-    {VAR_INTEGER64, IsInteger64, 'N', false, false, ConvertInteger64, MakeNoInteger64,
+    {VAR_INTEGER, 'N', false, false, IsInteger, ConvertInteger, MakeNoInteger, HoldsNoNumber},
+    {VAR_INTEGER64, 'N', false, false, IsInteger64, ConvertInteger64, MakeNoInteger64,
      HoldsNoNumber},
-    {VAR_DOUBLE, IsReal, 'N', false, true, ConvertDouble, MakeNoDouble, HoldsNoNumber},
-    {VAR_DATE, IsDate, 'D', false, false, ConvertDate, MakeNoDate, nullptr},
-    {VAR_BOOLEAN, IsLogical, 'L', false, false, ConvertLogical, MakeNoLogical, HoldsNoLogical},
-    {VAR_STRING, IsAnything, 'C', true, false, ConvertText, MakeNoText, nullptr},
+    {VAR_DOUBLE, 'N', false, true, IsReal, ConvertDouble, MakeNoDouble, HoldsNoNumber},
+    {VAR_DATE, 'D', false, false, IsDate, ConvertDate, MakeNoDate, nullptr},
+    {VAR_BOOLEAN, 'L', false, false, IsLogical, ConvertLogical, MakeNoLogical, HoldsNoLogical},
+    {VAR_STRING, 'C', true, false, IsAnything, ConvertText, MakeNoText, nullptr},
 
-    {VAR_BYTE, nullptr, 'N', false, false, ConvertText, MakeNoText, nullptr},
-    {VAR_UNSIGNED_BYTE, nullptr, 'N', false, false, ConvertText, MakeNoText, nullptr},
-    {VAR_SHORT, nullptr, 'N', false, false, ConvertText, MakeNoText, nullptr},
-    {VAR_UNSIGNED_SHORT, nullptr, 'N', false, false, ConvertText, MakeNoText, nullptr},
-    {VAR_UNSIGNED_INTEGER, nullptr, 'N', false, false, ConvertText, MakeNoText, nullptr},
-    {VAR_UNSIGNED_INTEGER64, nullptr, 'N', false, false, ConvertText, MakeNoText, nullptr},
-    {VAR_FLOAT, nullptr, 'N', false, true, ConvertText, MakeNoText, nullptr},
-    {VAR_INTEGER_LIST, nullptr, 'N', false, false, ConvertText, MakeNoText, nullptr},
-    {VAR_DOUBLE_LIST, nullptr, 'N', false, true, ConvertText, MakeNoText, nullptr},
-    {VAR_STRING_LIST, nullptr, 'C', true, false, ConvertText, MakeNoText, nullptr},
+    {VAR_BYTE, 'N', false, false, nullptr, ConvertText, MakeNoText, nullptr},
+    {VAR_UNSIGNED_BYTE, 'N', false, false, nullptr, ConvertText, MakeNoText, nullptr},
+    {VAR_SHORT, 'N', false, false, nullptr, ConvertText, MakeNoText, nullptr},
+    {VAR_UNSIGNED_SHORT, 'N', false, false, nullptr, ConvertText, MakeNoText, nullptr},
+    {VAR_UNSIGNED_INTEGER, 'N', false, false, nullptr, ConvertText, MakeNoText, nullptr},
+    {VAR_UNSIGNED_INTEGER64, 'N', false, false, nullptr, ConvertText, MakeNoText, nullptr},
+    {VAR_FLOAT, 'N', false, true, nullptr, ConvertText, MakeNoText, nullptr},
+    {VAR_INTEGER_LIST, 'N', false, false, nullptr, ConvertText, MakeNoText, nullptr},
+    {VAR_DOUBLE_LIST, 'N', false, true, nullptr, ConvertText, MakeNoText, nullptr},
+    {VAR_STRING_LIST, 'C', true, false, nullptr, ConvertText, MakeNoText, nullptr},
 };
 
 // Records refuse values of other types; until then such a field is declared as text.
-constexpr FieldType noType = {VAR_NONE, nullptr,     'C',        false,
-                              false,    ConvertText, MakeNoText, nullptr};
+constexpr FieldType noType = {VAR_NONE, 'C',         false,      false,
+                              nullptr,  ConvertText, MakeNoText, nullptr};
 
 } // namespace
 

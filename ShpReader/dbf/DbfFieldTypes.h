@@ -22,12 +22,12 @@ struct FieldContent {
 /// a type stands in its row of the table beside this header.
 struct FieldType {
     EVariantType type;
-    /// Whether the descriptor of a table that is read declares it; null for types that are only
-    /// written.
-    bool (*isDeclaredBy)(DbfFieldDescriptor const& descriptor);
     char letter;      ///< declares it in a table that is written
     bool isText;      ///< its width is limited to dbfMaxTextWidth
     bool hasDecimals; ///< it declares digits after the decimal point
+    /// Whether the descriptor of a table that is read declares it; null for types that are only
+    /// written.
+    bool (*isDeclaredBy)(DbfFieldDescriptor const& descriptor);
     BVariant (*convert)(FieldContent const& content);
     /// The value where there is no row to be read.
     BVariant (*makeDefault)();

@@ -105,17 +105,17 @@ void ShapeExtent::Add(ShapeExtent const& other) noexcept {
 }
 
 void EncodeShape(ShapeType const& type, Shape const& shape, ShapeExtent const& extent,
-                 std::vector<std::uint8_t>& bytes) {
-    ContentBytes content(bytes);
+                 std::vector<std::uint8_t>& content) {
+    ContentBytes bytes(content);
     if (shape.vertices.empty()) {
-        content.Add(std::int32_t{0}); // the shape type of a null shape
+        bytes.Add(std::int32_t{0}); // the shape type of a null shape
         return;
     }
-    content.Add(type.code);
+    bytes.Add(type.code);
     if (type.layout == ShapeLayout::Point) {
-        AddPoint(type, shape.vertices.front(), content);
+        AddPoint(type, shape.vertices.front(), bytes);
     } else {
-        AddVertices(type, shape, extent, content);
+        AddVertices(type, shape, extent, bytes);
     }
 }
 

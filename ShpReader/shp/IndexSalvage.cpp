@@ -125,6 +125,23 @@ private:
     std::uint32_t lastNumber = 0;
 };
 
+/// Whether the entry points at a record whose length agrees, by its header or by its counts.
+bool IsUsable(ShpIndexEntry const& entry, BInputFile const& main) {
+    std::int64_t const position = entry.RecordPosition();
+    std::array<std::uint8_t, ShpRecordHeader::size + mostBytesWithCounts> bytes{};
+    if (position < std::int64_t{ShpFileHeader::size} || entry.contentLength <= 0) {
+        return false;
+    }
+    std::size_t const held = main.Read(position, bytes.data(), bytes.size());
+    if (held < ShpRecordHeader::size) {
+        return false;
+    }
+    RecordContent const start(bytes.data() + ShpRecordHeader::size, held - ShpRecordHeader::size);
+    return ShpRecordHeader::Decode(bytes.data()).contentLength ==
+               static_cast<std::uint32_t>(entry.contentLength) ||
+           HasExactSize(start, entry.ContentSize());
+}
+
 } // namespace
 
 bool HasUsableEntry(BInputFile const& main, BInputFile const& index) {
@@ -134,13 +151,7 @@ bool HasUsableEntry(BInputFile const& main, BInputFile const& index) {
     for (std::uint32_t i = 0; i < count; ++i) {
         std::array<std::uint8_t, ShpIndexEntry::size> bytes{};
         entries.Read(ShpIndexEntry::PositionOf(i), bytes.data(), bytes.size(), bytes.size());
-        ShpIndexEntry const entry = ShpIndexEntry::Decode(bytes.data());
-        std::array<std::uint8_t, ShpRecordHeader::size> header{};
-        bool const isBehindHeader = entry.RecordPosition() >= std::int64_t{ShpFileHeader::size};
-        if (isBehindHeader && entry.contentLength > 0 &&
-            main.Read(entry.RecordPosition(), header.data(), header.size()) == header.size() &&
-            ShpRecordHeader::Decode(header.data()).contentLength ==
-                static_cast<std::uint32_t>(entry.contentLength)) {
+        if (IsUsable(ShpIndexEntry::Decode(bytes.data()), main)) {
             return true;
         }
     }

@@ -5,7 +5,8 @@
 /// What stands in for an index that is missing or unusable.
 namespace Ambrel {
 
-/// Whether any entry of the index points at a record header of the main file whose length agrees.
+/// Whether any entry of the index points at a record of the main file whose length agrees, by the
+/// record's header or by its counts.
 bool HasUsableEntry(BInputFile const& main, BInputFile const& index);
 
 /// An index made by walking through the main file, record by record. Where what follows a record is

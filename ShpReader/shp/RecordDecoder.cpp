@@ -89,8 +89,8 @@ BSharedPtr<BFeature> RecordDecoder::ReadPoint(RecordContent content,
         feature->GetMetadata().Add(MetadataKeys::measures, BVariant(&*record.measure, 1));
     }
     BPoint const point(record.x, record.y, record.z.value_or(BPoint().Z));
-    if (BSharedPtr<BGeometry> geometry = MakePoint(point, hasZ, findings)) {
-        feature->SetGeometry(std::move(geometry));
+    if (BSharedPtr<BGeometry> const geometry = MakePoint(point, hasZ, findings)) {
+        feature->SetGeometry(geometry);
     }
     return feature;
 }
@@ -112,7 +112,7 @@ BSharedPtr<BFeature> RecordDecoder::ReadVertices(ShapeLayout layout, RecordConte
                                           : MakePolygon(record, hasZ, findings);
     AddPartMetadata(record, feature->GetMetadata());
     geometry->is3d = hasZ;
-    feature->SetGeometry(std::move(geometry));
+    feature->SetGeometry(geometry);
     return feature;
 }
 

@@ -30,9 +30,9 @@ public:
     static void* operator new(std::size_t size, std::align_val_t alignment) {
         return ::operator new(size, alignment);
     }
-    static void operator delete(void* object, std::size_t size,
+    static void operator delete(void* object, std::size_t /*size*/,
                                 std::align_val_t alignment) noexcept {
-        ::operator delete(object, size, alignment);
+        ::operator delete(object, alignment);
     }
 
 protected:
