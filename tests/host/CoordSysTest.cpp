@@ -226,7 +226,7 @@ TEST(CoordSys, NothingInATextOpensAFile) {
         LogCapture const log(LOG_WARNING);
         EXPECT_THROW(BCoordSys::FromText(text.c_str()), BFileContentNotValidException) << text;
         EXPECT_EQ(log.TextsOf(LOG_WARNING),
-                  std::vector{"BCoordSys: " + text + " is refused: \"" + reason +
+                  std::vector{"Coordinate system " + text + " is refused: \"" + reason +
                               "\" could make a file be opened."});
     }
     Holder const mercator(BCoordSys::FromText(

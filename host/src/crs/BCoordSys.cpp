@@ -58,7 +58,7 @@ Object Parse(PJ_CONTEXT* context, std::string_view whole, ETextOrigin origin,
     std::string const suspect(CrsText::SuspectPart(text));
     if (!suspect.empty()) {
         BLogger::Instance()->WriteLine(
-            LOG_WARNING, "BCoordSys: %s is refused: \"%s\" could make a file be opened.",
+            LOG_WARNING, "Coordinate system %s is refused: \"%s\" could make a file be opened.",
             source.Ascii(), suspect.c_str());
         return Object();
     }
