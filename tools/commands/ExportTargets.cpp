@@ -58,6 +58,7 @@ std::vector<ExportTarget> PlanExport(std::vector<Input> const& inputs,
                              " layers need a folder; add --output FOLDER/");
     }
     std::vector<ExportTarget> targets;
+    targets.reserve(inputs.size());
     for (Input const& input : inputs) {
         targets.push_back({input, options.output, ""});
     }

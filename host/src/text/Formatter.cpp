@@ -10,7 +10,6 @@
 #include <cstdio>
 #include <cstring>
 #include <cwchar>
-#include <locale.h>
 #include <new>
 #include <string_view>
 
