@@ -7,6 +7,7 @@
 #include <QByteArray>
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 
 namespace Ambrel::Tool {
@@ -34,7 +35,7 @@ std::string Components(QColor const& color) {
     for (double const value : {color.redF(), color.greenF(), color.blueF()}) {
         char text[16];
         std::snprintf(text, sizeof text, "%d.%04d ", static_cast<int>(value),
-                      static_cast<int>(value * 10000 + 0.5) % 10000);
+                      static_cast<int>(std::lround(value * 10000) % 10000));
         components += text;
     }
     return components;
@@ -42,8 +43,8 @@ std::string Components(QColor const& color) {
 
 } // namespace
 
-PdfCanvas::PdfCanvas(OutputFile& target, int newWidth, int newHeight)
-    : output(target), width(newWidth), height(newHeight), offsets(CONTENT - 1) {
+PdfCanvas::PdfCanvas(OutputFile& target, int pixelWidth, int pixelHeight)
+    : output(target), width(pixelWidth), height(pixelHeight), offsets(CONTENT - 1) {
     Emit("%PDF-1.4\n%\xE2\xE3\xCF\xD3\n");
     // From pixels, Y down, to points, Y up.
     std::string matrix;
@@ -63,9 +64,9 @@ void PdfCanvas::BeginObject(std::size_t number) {
     Emit(std::to_string(number) + " 0 obj\n");
 }
 
-void PdfCanvas::WriteObject(std::size_t number, std::string const& text) {
+void PdfCanvas::WriteObject(std::size_t number, std::string const& value) {
     BeginObject(number);
-    Emit(text + "\nendobj\n");
+    Emit(value + "\nendobj\n");
 }
 
 void PdfCanvas::FlushContent() {
@@ -184,7 +185,10 @@ void PdfCanvas::Finish() {
         std::string const name = std::to_string(alpha);
         std::string value;
         AppendPixels(value, alpha / 255.0);
-        states += "/F" + name + "<</ca " + value + ">>/S" + name + "<</CA " + value + ">>";
+        for (std::string const& text :
+             {"/F" + name, "<</ca " + value, ">>/S" + name, "<</CA " + value, std::string(">>")}) {
+            states += text;
+        }
     }
     WriteObject(RESOURCES, "<</ExtGState<<" + states + ">>>>");
     WriteObject(INFORMATION, "<</Title(Map)/Creator(ambrel-shp)>>");

@@ -11,7 +11,7 @@ namespace Ambrel::Tool {
 /// and is read as if they were one.
 class PdfCanvas final : public Canvas {
 public:
-    PdfCanvas(OutputFile& output, int width, int height);
+    PdfCanvas(OutputFile& target, int pixelWidth, int pixelHeight);
 
     void SetStyle(LayerStyle const& style) override;
     void PaintDot(Vertex const& center) override;
@@ -24,7 +24,7 @@ private:
     void Emit(std::string_view bytes);
     /// Starts the object of that number.
     void BeginObject(std::size_t number);
-    void WriteObject(std::size_t number, std::string const& content);
+    void WriteObject(std::size_t number, std::string const& value);
     /// Writes what there is of the content as a stream of its own.
     void FlushContent();
     void SetAlpha(char const* key, QColor const& color);

@@ -105,8 +105,9 @@ void RasterCanvas::PaintDot(Vertex const& center) {
 auto RasterCanvas::Painter(std::uint32_t color) {
     auto* const pixels = reinterpret_cast<std::uint32_t*>(image.bits());
     std::ptrdiff_t const stride = image.bytesPerLine() / 4;
+    constexpr float rounding = 0.5F; // shares are not negative; lround takes a call a pixel
     return [=](int row, int first, int end, float share) {
-        auto const factor = static_cast<std::uint32_t>(share * 255.0F + 0.5F);
+        auto const factor = static_cast<std::uint32_t>(share * 255.0F + rounding);
         std::uint32_t const top = factor == 255 ? color : ScalePixel(color, factor);
         std::uint32_t* const line = pixels + row * stride;
         if (end - first == 1) { // nearly always

@@ -15,7 +15,7 @@ namespace Ambrel::Tool {
 class RasterCanvas final : public Canvas {
 public:
     /// Writes a PNG to the output. Throws std::bad_alloc where there is no room for the image.
-    RasterCanvas(OutputFile& output, int width, int height);
+    RasterCanvas(OutputFile& target, int width, int height);
 
     void SetStyle(LayerStyle const& style) override;
     void PaintDot(Vertex const& center) override;

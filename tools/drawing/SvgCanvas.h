@@ -8,7 +8,7 @@ namespace Ambrel::Tool {
 /// for each shape.
 class SvgCanvas final : public Canvas {
 public:
-    SvgCanvas(OutputFile& output, int width, int height);
+    SvgCanvas(OutputFile& target, int width, int height);
 
     void SetStyle(LayerStyle const& style) override;
     void PaintDot(Vertex const& center) override;
@@ -21,7 +21,7 @@ private:
     enum class Group { None, Dots, Areas, Lines, AreasWithOutlines };
 
     void Use(Group wanted);
-    void WritePath(Group group, Path const& path);
+    void WritePath(Group wanted, Path const& path);
     void WriteCoordinates(Vertex const& vertex);
 
     OutputFile& output;

@@ -61,6 +61,10 @@ void Source::Open() {
     }
 }
 
+BVectorLayer& Source::Layer() noexcept {
+    return static_cast<BVectorLayer&>(*layer);
+}
+
 void Source::ReopenDirectly() {
     Silence const silence; // opening has told what there is to tell
     options.mode = HoldMode::Direct;

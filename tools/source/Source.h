@@ -37,7 +37,7 @@ public:
     void ReopenDirectly();
 
     HoldMode Mode() const noexcept { return options.mode; }
-    BVectorLayer& Layer() noexcept { return static_cast<BVectorLayer&>(*layer); }
+    BVectorLayer& Layer() noexcept;
     BDataReader& Reader() noexcept { return *reader; }
     /// Of the table's texts; empty where it is not known, or no attributes are read.
     std::string const& Encoding() const noexcept { return options.encoding; }
