@@ -85,7 +85,10 @@ public:
                                                       systems->IdOf(description.coordSys.Get()));
         });
         for (auto const& [field, column] : layer->Renamed()) {
-            PrintWarning(console, "the field \"" + field + "\" is written as \"" + column + "\"");
+            PrintWarning(console, std::string("the field \"")
+                                      .append(field)
+                                      .append("\" is written as \"")
+                                      .append(column) += '"');
         }
     }
 

@@ -31,9 +31,9 @@ FindingReport::FindingReport(Console& theConsole, std::string_view file)
     BLogger::Instance()->SetThreshold(formerThreshold);
 }
 
-FindingReport::FindingReport(Console& theConsole, Printer thePrinter, bool wantsAll)
+FindingReport::FindingReport(Console& theConsole, Printer printer, bool wantsAll)
     : console(theConsole), former(std::exchange(theConsole.report, this)),
-      formerThreshold(BLogger::Instance()->GetThreshold()), print(std::move(thePrinter)),
+      formerThreshold(BLogger::Instance()->GetThreshold()), print(std::move(printer)),
       showsAll(wantsAll) {
     BLogger::Instance()->SetThreshold(LOG_DETAIL);
 }

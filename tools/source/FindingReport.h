@@ -29,9 +29,10 @@ public:
     using Printer = std::function<void(ListedFinding const& finding)>;
 
     /// Prints warnings that name the file.
-    FindingReport(Console& console, std::string_view file);
-    /// Prints by `print`: ten of a kind, or all. What is about details is asked of the reader too.
-    FindingReport(Console& console, Printer print, bool showsAll);
+    FindingReport(Console& theConsole, std::string_view file);
+    /// Prints by `printer`: ten of a kind, or all. What is about details is asked of the reader
+    /// too.
+    FindingReport(Console& theConsole, Printer printer, bool wantsAll);
     /// Says how many are not shown, as far as that can be said.
     ~FindingReport();
     FindingReport(FindingReport const&) = delete;

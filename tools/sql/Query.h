@@ -33,7 +33,7 @@ public:
     /// Runs one statement and hands its rows on. `begin` gets the statement before the first.
     /// Throws UsageException for wrong SQL, whose place is shown on standard error before,
     /// InterruptedException, and what the consumers throw.
-    void Run(std::string const& statement, SqlText const& written, Consumer const& begin,
+    void Run(std::string const& sql, SqlText const& written, Consumer const& begin,
              Consumer const& consume);
     /// Records that could not be read, and have been left out.
     std::uint64_t Problems() const;

@@ -51,9 +51,9 @@ std::string ValueAt(sqlite3_stmt* row, int column) {
 }
 
 std::vector<std::string> NamesOf(sqlite3_stmt* statement) {
-    std::vector<std::string> names;
+    std::vector<std::string> names(static_cast<std::size_t>(sqlite3_column_count(statement)));
     for (int column = 0; column < sqlite3_column_count(statement); ++column) {
-        names.emplace_back(sqlite3_column_name(statement, column));
+        names[static_cast<std::size_t>(column)] = sqlite3_column_name(statement, column);
     }
     return names;
 }
@@ -63,9 +63,9 @@ public:
     explicit CsvPrinter(OutputFile& target) : output(target) {}
     void Begin(sqlite3_stmt* statement) override { Record(NamesOf(statement)); }
     void Row(sqlite3_stmt* row) override {
-        std::vector<std::string> values;
+        std::vector<std::string> values(static_cast<std::size_t>(sqlite3_column_count(row)));
         for (int column = 0; column < sqlite3_column_count(row); ++column) {
-            values.push_back(ValueAt(row, column));
+            values[static_cast<std::size_t>(column)] = ValueAt(row, column);
         }
         Record(values);
     }
