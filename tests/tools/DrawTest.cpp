@@ -126,6 +126,57 @@ TEST_F(Draw, PutsLayersOverEachOther) {
     ExpectPicture("a_town.shp land.shp" + styles, {{30, 30, red}});
 }
 
+TEST_F(Draw, BringsLayersIntoOneCoordinateSystem) {
+    // Zone 32 has its central meridian, 9 degrees, at 500,000 m.
+    Write(ShapefileBuilder(8).MultiPoint({{8, -1}, {10, 1}}).File(".prj", "EPSG:4326"), "a");
+    Write(ShapefileBuilder(1).Point(500000, 0).File(".prj", "EPSG:32632"), "b");
+    std::string const styles = " --style a:color=red,width=8 --style b:color=blue,width=8";
+    Probes const cross = {{10, 110, red}, {110, 10, red}, {60, 60, blue}, {0, 0, white}};
+    ExpectPicture("a.shp b.shp" + styles, cross);
+    ExpectPicture("a.shp b.shp --to-crs EPSG:3857" + styles, cross);
+    ExpectPicture("b.shp a.shp" + styles, {{60, 60, blue}, {110, 10, red}});
+    ExpectPicture("a.shp b.shp --bbox 9,0,10,1" + styles, {{0, 119, blue}, {119, 0, red}});
+    ExpectPicture("b.shp a.shp --bbox 499000,-1000,501000,1000" + styles,
+                  {{60, 60, blue}, {9, 110, white}});
+    ExpectPicture("a.shp b.shp --crs EPSG:32632" + styles, {{110, 60, blue}, {10, 60, red}});
+    EXPECT_EQ(RunTool("draw a.shp -o map.png --to-crs nonsense").exitCode, 2);
+}
+
+TEST_F(Draw, SaysWhatHasNoPlaceInThePicturesSystem) {
+    std::string const say = "ambrel-shp: ";
+    Write(ShapefileBuilder(3)
+              .Polyline({{{0, 0}, {10, 0}, {727, 971}, {20, 0}, {30, 0}}})
+              .File(".prj", "EPSG:4326"));
+    EXPECT_EQ(RunTool("draw map.shp -o map.png --size 120x120 --to-crs EPSG:3857 --style "
+                      "color=red,width=4"),
+              (ToolRun{1, "",
+                       say + "1 vertex has no place in the picture's coordinate system, left out "
+                             "(map.shp)\n"}));
+    EXPECT_EQ(QImage("map.png").pixel(20, 60), red);
+    EXPECT_EQ(QImage("map.png").pixel(60, 60), white);
+
+    for (char const* const name : {"a", "b", "c"}) {
+        Write(ShapefileBuilder(1).Point(1, 1), name);
+    }
+    EXPECT_EQ(RunTool("draw a.shp b.shp -o map.png"), Printed(""));
+    EXPECT_EQ(RunTool("draw map.shp a.shp b.shp c.shp -o map.png"),
+              (ToolRun{0, "",
+                       say + "warning: a.shp and 2 more layers: the coordinate system is not "
+                             "known; drawn as if it were WGS 84\n"}));
+}
+
+TEST_F(Draw, DrawsTheRecordsThatAreAskedFor) {
+    TableBuilder table;
+    table.Field("N", 'N', 3).Row({"1"}).Row({"2"}).Row({"3"});
+    Write(ShapefileBuilder(1).Point(0, 0).Point(60, 60).Point(120, 120).Table(table));
+    std::string const dots = "map.shp --bbox 0,0,120,120 --style color=red,width=8 ";
+    ExpectPicture(dots + "--where N>1", {{0, 119, white}, {60, 60, red}, {119, 0, red}});
+    ExpectPicture(dots + "--where N>1 --records 0,1",
+                  {{0, 119, white}, {60, 60, red}, {119, 0, white}});
+    EXPECT_EQ(RunTool("draw map.shp -o other.png --where M>1").exitCode, 2);
+    EXPECT_FALSE(std::filesystem::exists("other.png"));
+}
+
 TEST_F(Draw, WritesVectorFormats) {
     Write(ShapefileBuilder(8).MultiPoint({{0, 0}, {9, 9}}));
     for (auto const& [name, start, content] : std::vector<std::array<std::string, 3>>{

@@ -30,7 +30,14 @@ public:
         app.add_option("--size", size, "Pixels of the picture (default 1600x1200)")
             ->type_name("WxH");
         AddRecords(app, records);
-        AddWindow(app, window, "Rectangle to show (default: everything)");
+        AddWhere(app, options.where);
+        AddWindow(app, window,
+                  "Rectangle to show, in the picture's map units (default: everything)");
+        AddCrs(app, options.crs);
+        app.add_option("--to-crs", options.toCrs,
+                       "Coordinate system of the picture: EPSG:n or any name that PROJ knows "
+                       "(default: the first layer's)")
+            ->type_name("NAME");
         app.add_option("--style", styles, styleHelp)
             ->type_name("STYLE")
             ->expected(1)
@@ -48,6 +55,8 @@ public:
             options.styles.push_back(ParseStyle(style));
         }
         options.records = ParseRecords(records);
+        RefuseUnknownSystem("--crs", options.crs);
+        RefuseUnknownSystem("--to-crs", options.toCrs);
         return RunDraw(console, options);
     }
 

@@ -6,7 +6,9 @@
 #include "drawing/MapRenderer.h"
 #include "drawing/RasterCanvas.h"
 #include "formats/OutputFile.h"
+#include "source/LayerTransform.h"
 #include "source/Log.h"
+#include "sql/RecordFilter.h"
 #include "terminal/Console.h"
 
 #include "Ambrel/BException.h"
@@ -27,8 +29,11 @@ struct Drawn {
     BString file;
     std::string name;
     EGeometryClass geometryClass;
-    BRect stated;         ///< the header's extent; empty where it has none
-    std::size_t path = 0; ///< which of those that were named it comes from
+    BRect stated;                       ///< the header's extent; empty where it has none
+    BSharedPtr<BCoordSys> system;       ///< empty where it is not known
+    std::optional<RecordFilter> filter; ///< none: all records
+    std::size_t path = 0;               ///< which of those that were named it comes from
+    LayerTransform transform{};         ///< into the picture's system
 };
 using Layers = std::vector<Drawn>;
 
@@ -47,32 +52,40 @@ bool IsUsable(BRect const& rectangle) {
            rectangle.xMin <= rectangle.xMax && rectangle.yMin <= rectangle.yMax;
 }
 
-std::unique_ptr<Source> OpenLayer(Console& console, BString const& file) {
-    return std::make_unique<Source>(console, file, SourceOptions{.useAttributes = false});
+SourceOptions OptionsOfSource(DrawOptions const& options) {
+    return {.useAttributes = false, .crs = options.crs};
 }
 
-std::unique_ptr<Source> OpenAgain(Console& console, BString const& file) {
+std::optional<RecordFilter> FilterOf(Console& console, BString const& file,
+                                     DrawOptions const& options) {
+    if (options.where.empty()) {
+        return std::nullopt;
+    }
     Silence const silence; // what is odd about the file has been told
-    return OpenLayer(console, file);
+    return RecordFilter(console, file, OptionsOfSource(options), options.where);
 }
 
-Drawn LookAt(Console& console, BString const& file) {
-    std::unique_ptr<Source> const source = OpenLayer(console, file);
-    BVectorLayer& layer = source->Layer();
+Drawn LookAt(Console& console, BString const& file, DrawOptions const& options) {
+    Source source(console, file, OptionsOfSource(options));
+    BVectorLayer& layer = source.Layer();
     // A file without records states an extent too, and it means nothing.
     bool const hasRecords = layer.GetFeatures().GetCount() > 0;
-    BRect const extent = source->Extent();
-    return {file, std::string(layer.name.Utf8()), layer.GetSingleGeometryClass(),
-            hasRecords && IsUsable(extent) ? extent : BRect()};
+    BRect const extent = source.Extent();
+    return {file,
+            std::string(layer.name.Utf8()),
+            layer.GetSingleGeometryClass(),
+            hasRecords && IsUsable(extent) ? extent : BRect(),
+            layer.GetCoordSys(),
+            FilterOf(console, file, options)};
 }
 
 /// The layers in drawing order: that of the paths, and by class among the files of one path, whose
 /// order by name says nothing.
-Layers LookAtLayers(Console& console, InputPaths const& paths, int& failed) {
+Layers LookAtLayers(Console& console, DrawOptions const& options, int& failed) {
     Layers layers;
-    for (Input const& input : FindInputs(console, paths, failed)) {
+    for (Input const& input : FindInputs(console, options.paths, failed)) {
         failed += !Survives(console, input.file.Utf8(), [&] {
-            layers.push_back(LookAt(console, input.file));
+            layers.push_back(LookAt(console, input.file, options));
             layers.back().path = input.path;
         });
     }
@@ -80,6 +93,53 @@ Layers LookAtLayers(Console& console, InputPaths const& paths, int& failed) {
         return std::pair(a.path, HeightOf(a)) < std::pair(b.path, HeightOf(b));
     });
     return layers;
+}
+
+/// The coordinate system of the picture: what the user asks for, else that of the first layer of
+/// which it is known.
+BSharedPtr<BCoordSys> SystemOf(Layers const& layers, DrawOptions const& options) {
+    if (!options.toCrs.empty()) {
+        return CoordSysCalled("--to-crs", options.toCrs);
+    }
+    auto const known = std::find_if(layers.begin(), layers.end(),
+                                    [](Drawn const& layer) { return bool(layer.system); });
+    return known == layers.end() ? BSharedPtr<BCoordSys>() : known->system;
+}
+
+void WarnOfUnknownSystems(Console& console, Layers const& layers, BCoordSys const& picture) {
+    std::vector<std::string_view> unknown;
+    for (Drawn const& layer : layers) {
+        if (!layer.system) {
+            unknown.push_back(layer.file.Utf8());
+        }
+    }
+    if (unknown.empty()) {
+        return;
+    }
+    std::string text(unknown.front());
+    if (unknown.size() > 1) {
+        text += " and " + Counted(unknown.size() - 1, "more layer|more layers");
+    }
+    console.file.clear(); // the text names it
+    PrintWarning(console, text + ": the coordinate system is not known; drawn as if it were " +
+                              std::string(picture.GetName().Utf8()));
+}
+
+/// Finds the ways into the picture's system. Layers from which there is none are printed, counted
+/// in `failed`, and removed.
+void BringTogether(Console& console, Layers& layers, DrawOptions const& options, int& failed) {
+    BSharedPtr<BCoordSys> const picture = SystemOf(layers, options);
+    if (!picture) {
+        return;
+    }
+    WarnOfUnknownSystems(console, layers, *picture);
+    std::erase_if(layers, [&](Drawn& layer) {
+        bool const isThere = Survives(console, layer.file.Utf8(), [&] {
+            layer.transform = LayerTransform(layer.system, picture);
+        });
+        failed += !isThere;
+        return !isThere;
+    });
 }
 
 BRect StatedExtent(Layers const& layers) {
@@ -118,15 +178,13 @@ public:
 
     /// A header may state an extent that is not the data's. So a picture of everything goes by the
     /// data: what is painted by the headers' word, which is right nearly always, is painted again
-    /// where it was not.
+    /// where it was not. What headers state of layers of other coordinate systems tells nothing.
     void Paint(Canvas& canvas, RasterCanvas* restartable) {
         BRect const stated = StatedExtent(layers);
-        if (options.window) {
-            PaintLayers(&canvas,
-                        MapWindow(*options.window, options.width, options.height, 0.0, stated));
-            return;
-        }
-        bool const canTry = restartable && !stated.IsEmpty();
+        bool const isInPlace = std::all_of(layers.begin(), layers.end(), [](Drawn const& layer) {
+            return layer.transform.IsIdentity();
+        });
+        bool const canTry = isInPlace && (options.window || (restartable && !stated.IsEmpty()));
         MapWindow const guessed = WindowOf(stated);
         PaintLayers(canTry ? &canvas : nullptr, guessed);
         MapWindow const window = WindowOf(extent);
@@ -134,7 +192,7 @@ public:
             return;
         }
         if (canTry) {
-            restartable->Clear();
+            restartable->Clear(); // the window is not given, so there is one
         }
         reports = false;
         PaintLayers(&canvas, window);
@@ -145,6 +203,9 @@ public:
 
 private:
     MapWindow WindowOf(BRect const& map) const {
+        if (options.window) {
+            return MapWindow(*options.window, options.width, options.height, 0.0, map);
+        }
         BRect const shown = map.IsEmpty() ? BRect(0.0, 0.0, 1.0, 1.0) : map;
         return MapWindow(shown, options.width, options.height, margin, map);
     }
@@ -161,34 +222,52 @@ private:
 
     void PaintLayer(Canvas* canvas, MapWindow const& window, Drawn const& layer) {
         LayerStyle const style = StyleOf(layer, options.styles);
-        std::unique_ptr<Source> const source = OpenAgain(console, layer.file);
-        MapRenderer renderer(canvas, window, style);
-        renderer.SetBudget(DecodingBudget(layer.file));
-        std::optional<Silence> silence;
-        if (!reports) {
-            silence.emplace();
+        std::optional<Silence> silence(std::in_place); // what is odd about the file has been told
+        Source source(console, layer.file, OptionsOfSource(options));
+        if (reports) {
+            silence.reset();
         }
-        std::uint64_t const leftOut =
-            DrawRecords(console, layer.file, source->Layer(),
-                        RecordsToDraw(source->Layer(), window, style), renderer, reports);
-        hasFailed = hasFailed || leftOut > 0;
+        MapRenderer renderer(canvas, window, style);
+        renderer.SetBudget(DecodingBudget::Of(layer.file));
+        if (!layer.transform.IsIdentity()) {
+            renderer.SetTransform(layer.transform);
+        }
+        std::uint64_t const leftOut = DrawRecords(
+            console, layer.file, source.Layer(),
+            RecordsToDraw(layer, source.Layer().GetFeatures(), window.VisibleMap(style.width)),
+            renderer, reports);
+        TellOfLostVertices(layer, renderer.LostVertices());
+        hasFailed = hasFailed || leftOut > 0 || renderer.LostVertices() > 0;
         hasPainted = hasPainted || renderer.HasPainted();
         extent.Union(renderer.Extent());
     }
 
-    std::vector<std::uint64_t> RecordsToDraw(BVectorLayer& layer, MapWindow const& window,
-                                             LayerStyle const& style) const {
+    void TellOfLostVertices(Drawn const& layer, std::uint64_t count) const {
+        if (reports && count > 0) {
+            PrintError(console,
+                       Counted(count, "vertex has|vertices have") +
+                           " no place in the picture's coordinate system, left out",
+                       layer.file.Utf8());
+        }
+    }
+
+    /// `visible` is in the picture's units.
+    std::vector<std::uint64_t> RecordsToDraw(Drawn const& layer, BFeatureCollection& features,
+                                             BRect const& visible) const {
         std::vector<std::uint64_t> records;
-        if (options.window) {
-            layer.GetFeatures().SelectFeatures(window.VisibleMap(style.width), BParamList(),
-                                               records);
+        if (options.window && layer.transform.IsIdentity()) {
+            features.SelectFeatures(visible, BParamList(), records);
         } else {
-            records.resize(layer.GetFeatures().GetCount());
+            records.resize(features.GetCount());
             std::iota(records.begin(), records.end(), std::uint64_t{0});
         }
         if (options.records) {
-            options.records->RequireWithin(layer.GetFeatures().GetCount());
+            options.records->RequireWithin(features.GetCount());
             options.records->Keep(records);
+        }
+        if (layer.filter) {
+            std::erase_if(records,
+                          [&](std::uint64_t record) { return !layer.filter->Contains(record); });
         }
         return records;
     }
@@ -207,12 +286,13 @@ private:
 int RunDraw(Console& console, DrawOptions const& options) {
     PictureFormat const format = PictureFormatOf(options.output);
     int failed = 0;
-    Layers const layers = LookAtLayers(console, options.paths, failed);
+    Layers layers = LookAtLayers(console, options, failed);
+    RequireOneLayer(options.records, layers.size());
+    RefuseUnknownLayers(options.styles, layers);
+    BringTogether(console, layers, options, failed);
     if (layers.empty()) {
         return EXIT_PROBLEM;
     }
-    RequireOneLayer(options.records, layers.size());
-    RefuseUnknownLayers(options.styles, layers);
     OutputFile output(console, options.output);
     std::unique_ptr<Canvas> const canvas =
         MakeCanvas(format, output, options.width, options.height);

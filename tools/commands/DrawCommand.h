@@ -20,8 +20,11 @@ struct DrawOptions {
     std::string output;
     int width = 1600; ///< pixels
     int height = 1200;
-    std::optional<BRect> window;       ///< none: everything
+    std::optional<BRect> window;       ///< in the picture's system; none: everything
     std::optional<RecordList> records; ///< none: all
+    std::string where;                 ///< an expression of SQL; empty: all records
+    std::string crs;                   ///< states the system of the layers; empty: they do
+    std::string toCrs;                 ///< the picture's system; empty: the first layer's
     std::vector<StyleRule> styles;
 };
 

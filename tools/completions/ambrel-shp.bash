@@ -63,7 +63,7 @@ _ambrel_shp() {
             select) options+=" --bbox --where --json --with-deleted" ;;
             repair) options+=" --output --encoding" ;;
             sql) options+=" --format --encoding" ;;
-            draw) options+=" --records --output --size --bbox --style" ;;
+            draw) options+=" --records --where --output --size --bbox --crs --to-crs --style" ;;
         esac
         _ambrel_shp_words "$options" "$current"
         return

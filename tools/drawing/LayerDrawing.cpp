@@ -10,7 +10,6 @@
 #include "Ambrel/BLayer.h"
 
 #include <algorithm>
-#include <filesystem>
 
 namespace Ambrel::Tool {
 
@@ -125,13 +124,6 @@ private:
 };
 
 } // namespace
-
-std::uint64_t DecodingBudget(BString const& file) {
-    constexpr std::uint64_t least = 1 << 20;
-    std::error_code error;
-    std::uint64_t const size = std::filesystem::file_size(std::string(file.Utf8()), error);
-    return error ? least : std::max(least, 2 * size);
-}
 
 std::uint64_t DrawRecords(Console& console, BString const& file, BVectorLayer& layer,
                           std::vector<std::uint64_t> const& records, MapRenderer& renderer,

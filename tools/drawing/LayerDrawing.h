@@ -15,12 +15,7 @@ namespace Ambrel::Tool {
 struct Console;
 class MapRenderer;
 
-/// The bytes of records that may be drawn, or otherwise decoded, of a main file of that size:
-/// twice as many, 1 MiB at least, so that an index that names the same bytes again and again makes
-/// no work without end.
-std::uint64_t DecodingBudget(BString const& file);
-
-/// Draws records of a layer, which was opened on `file`, in their order. One that can not be drawn
+/// Draws records of a layer, which was opened on `file`, in their order. One that cannot be drawn
 /// ends nothing: it is printed as an error where `reports` says so, and the others are drawn; those
 /// that go beyond the renderer's budget are left out. Returns how many records were left out.
 /// Throws InterruptedException, and BResourceException or std::bad_alloc where memory ends.

@@ -85,12 +85,20 @@ MapRenderer::MapRenderer(Canvas* target, MapWindow const& mapWindow, LayerStyle 
     }
 }
 
+void MapRenderer::BringIntoMap(double& x, double& y) const {
+    bool const isPlace = IsUsable(x) && IsUsable(y);
+    if (!isPlace || !transform->Apply(x, y)) {
+        x = y = std::numeric_limits<double>::quiet_NaN();
+        lostVertices += isPlace && !isMuted ? 1 : 0;
+    }
+}
+
 bool MapRenderer::ConvertMapToWindow(double& x, double& y) const {
     if (++conversions % conversionsBetweenLooks == 0) {
         ThrowIfInterrupted();
     }
     if (transform) {
-        transform(x, y);
+        BringIntoMap(x, y);
     }
     if (IsUsable(x) && IsUsable(y)) {
         extent.xMin = std::min(extent.xMin, x);
@@ -104,12 +112,10 @@ bool MapRenderer::ConvertMapToWindow(double& x, double& y) const {
 
 bool MapRenderer::Admit(std::uint64_t bytes) const {
     ThrowIfInterrupted();
-    if (!isMuted && bytes > budget) {
-        budget = 0;
+    if (!isMuted && budget && !budget->Take(bytes)) {
         throw BudgetSpentException();
     }
     ++drawnRecords;
-    budget -= isMuted ? 0 : bytes;
     return canvas && !isMuted;
 }
 

@@ -3,13 +3,15 @@
 #include "drawing/Canvas.h"
 #include "drawing/Clipping.h"
 #include "drawing/MapWindow.h"
+#include "source/DecodingBudget.h"
+#include "source/LayerTransform.h"
 
 #include "Ambrel/BRect.h"
 #include "Ambrel/BRenderer.h"
 
 #include <cstdint>
 #include <exception>
-#include <functional>
+#include <optional>
 
 namespace Ambrel::Tool {
 
@@ -20,20 +22,18 @@ public:
 };
 
 /// Puts the records of one layer on a canvas: what the picture shows of them, without the vertices
-/// that can not be told from their neighbours. What is not a number is no vertex. All operations
+/// that cannot be told from their neighbours. What is not a number is no vertex. All operations
 /// throw InterruptedException where the user has asked to stop.
 class MapRenderer final : public BRenderer {
 public:
-    /// Brings coordinates into the map's system, in place.
-    using Transform = std::function<void(double& x, double& y)>;
-
     /// `target` is what to paint on; null: only looks at what there is.
     MapRenderer(Canvas* target, MapWindow const& mapWindow, LayerStyle const& layerStyle);
 
-    void SetTransform(Transform toMap) { transform = std::move(toMap); }
-    /// Bytes of records that may be drawn. The record that would go beyond throws
-    /// BudgetSpentException, and so do all after it.
-    void SetBudget(std::uint64_t bytes) noexcept { budget = bytes; }
+    /// Brings the coordinates into the map's system from now on. What has no place there is no
+    /// vertex. Has to outlive the renderer.
+    void SetTransform(LayerTransform const& toMap) noexcept { transform = &toMap; }
+    /// Of the records that may be drawn. The one that would go beyond throws BudgetSpentException.
+    void SetBudget(DecodingBudget const& bytes) noexcept { budget = bytes; }
     /// Whether to do nothing but count.
     void SetMuted(bool muted) noexcept { isMuted = muted; }
 
@@ -41,6 +41,8 @@ public:
     std::uint64_t DrawnRecords() const noexcept { return drawnRecords; }
     /// Whether anything lies in the picture.
     bool HasPainted() const noexcept { return hasPainted; }
+    /// How many vertices have no place in the map's system.
+    std::uint64_t LostVertices() const noexcept { return lostVertices; }
     /// Of all vertices so far, in map units; empty where there is none.
     BRect const& Extent() const noexcept { return extent; }
 
@@ -53,6 +55,7 @@ public:
                      int partCount) const override;
 
 private:
+    void BringIntoMap(double& x, double& y) const;
     /// Whether a record of so many bytes is to be painted.
     bool Admit(std::uint64_t bytes) const;
     void PaintDot(Vertex const& center) const;
@@ -64,15 +67,16 @@ private:
     MapWindow const& window;
     LayerStyle style;
     double pixel;     ///< in window units
-    int tolerance;    ///< vertices that are nearer on both axes can not be told apart; window units
+    int tolerance;    ///< vertices that are nearer on both axes cannot be told apart; window units
     PixelBox picture; ///< what is filled
     PixelBox reach;   ///< from where lines and dots can be seen
-    Transform transform;
+    LayerTransform const* transform = nullptr;
     bool isMuted = false;
     // The interface has renderers that do not change.
     mutable BRect extent;
-    mutable std::uint64_t budget = ~std::uint64_t{0};
+    mutable std::optional<DecodingBudget> budget; ///< none: all may be drawn
     mutable std::uint64_t drawnRecords = 0;
+    mutable std::uint64_t lostVertices = 0;
     mutable std::uint32_t conversions = 0;
     mutable bool hasPainted = false;
     mutable Path path; ///< kept, like the next, for its room

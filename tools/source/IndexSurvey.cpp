@@ -1,5 +1,6 @@
 #include "source/IndexSurvey.h"
 
+#include "source/DecodingBudget.h"
 #include "terminal/Interrupt.h"
 
 #include "ShpReader/format/ShpFormat.h"
@@ -15,8 +16,7 @@ namespace Ambrel::Tool {
 
 namespace {
 
-constexpr std::uint64_t leastBudget = 1024 * 1024; // bytes
-constexpr std::uint64_t recordsPerLook = 4096;     // between two looks at the user
+constexpr std::uint64_t recordsPerLook = 4096; // between two looks at the user
 
 /// The entries of an index, read in pieces.
 template <class Visit>
@@ -47,7 +47,7 @@ public:
         }
     }
 
-    std::uint64_t Budget() const noexcept { return std::max(2 * size, leastBudget); }
+    DecodingBudget Budget() const noexcept { return DecodingBudget(size); }
 
     /// Bytes of content that the entry claims and the file holds.
     std::uint64_t SizeOf(ShpIndexEntry const& entry) const noexcept {
@@ -93,16 +93,14 @@ IndexSurvey::IndexSurvey(BString const& shapefile) {
         claimed += main.SizeOf(entry);
         firstLength = firstLength.value_or(entry.contentLength);
     });
-    bool const isTight = claimed > main.Budget();
+    bool const isTight = claimed > main.Budget().Left();
     needsFetches = isTight || firstLength == 0;
     if (!isTight) {
         return;
     }
-    std::uint64_t left = main.Budget();
+    DecodingBudget budget = main.Budget();
     ForEachEntry(index, recordCount, [&](ShpIndexEntry const& entry) {
-        std::uint64_t const size = main.DecodedSizeOf(entry);
-        isRefused.push_back(size > left);
-        left -= isRefused.back() ? 0 : size;
+        isRefused.push_back(!budget.Take(main.DecodedSizeOf(entry)));
     });
 }
 

@@ -1,9 +1,12 @@
 #include "source/LayerTransform.h"
 
 #include "formats/GeometryWalk.h"
+#include "source/LongitudesAndLatitudes.h"
 #include "terminal/Console.h"
 
 #include "Ambrel/BException.h"
+
+#include <cmath>
 
 namespace Ambrel::Tool {
 
@@ -35,6 +38,7 @@ BSharedPtr<BCoordSys> Wgs84() {
 LayerTransform::LayerTransform(BSharedPtr<BCoordSys> const& from, BSharedPtr<BCoordSys> const& to) {
     if (from && to && !AreOne(*from, *to)) {
         transform = from->MakeTransformTo(*to);
+        isGeographic = from->IsGeographic();
     }
 }
 
@@ -48,6 +52,24 @@ bool LayerTransform::Apply(BGeometry& geometry) const {
         return false;
     }
     return IsFinite(geometry);
+}
+
+bool LayerTransform::Apply(double& x, double& y) const {
+    if (!transform) {
+        return true;
+    }
+    if (isGeographic && !CanBeLongitudesAndLatitudes(BRect(x, y, x, y))) {
+        return false;
+    }
+    BPoint point(x, y);
+    try {
+        transform->Forward(point);
+    } catch (BException const&) { // the position lies outside the coordinate system
+        return false;
+    }
+    x = point.X;
+    y = point.Y;
+    return std::isfinite(x) && std::isfinite(y);
 }
 
 } // namespace Ambrel::Tool

@@ -30,11 +30,13 @@ public:
     /// Changes the vertices. False where one of them has no image; what the geometry has then is
     /// of no use.
     bool Apply(BGeometry& geometry) const;
-    /// For single positions; null where they stay as they are.
-    BTransform const* Positions() const noexcept { return transform.get(); }
+    /// The same for one position. What is said to be longitude and latitude and cannot be such has
+    /// no image.
+    bool Apply(double& x, double& y) const;
 
 private:
     std::unique_ptr<BTransform> transform;
+    bool isGeographic = false; ///< where it comes from
 };
 
 } // namespace Ambrel::Tool
