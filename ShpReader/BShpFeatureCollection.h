@@ -43,7 +43,7 @@ public:
     bool CanSelect() const override;
 
     /// The record as a feature; `complete`: with format, record number and attributes. Throws
-    /// BUnknownGeometryException for a type that can not be decoded.
+    /// BUnknownGeometryException for a type that cannot be decoded.
     BSharedPtr<BFeature> const GetAtImpl(std::uint64_t index, bool complete) const override;
     /// Appends the indexes of the records whose stored rectangles meet the area, in ascending
     /// order.

@@ -45,7 +45,7 @@ public:
     /// Throws BFileNotFoundException when the file does not open or is no regular file,
     /// BFileContentNotValidException for a malformed header (and a wrong size when strict),
     /// BAlreadyOpenException, and, before the file is touched, BException ("ENCODING=name") for an
-    /// encoding that tables can not have; any other failure becomes a BException.
+    /// encoding that tables cannot have; any other failure becomes a BException.
     virtual void Open(BString const& fileName, std::uint32_t newMode, bool strict);
 
     /// Ends a table that is open for writing: the end byte, and the record count in the header. In
@@ -97,14 +97,14 @@ public:
     /// bytes wide; names are cut to 10 bytes and kept distinct.
     ///
     /// Throws BNotOpenException when the table is not open for writing, and
-    /// BAttributeDataException, before anything is written, for what a header can not hold (it
+    /// BAttributeDataException, before anything is written, for what a header cannot hold (it
     /// names the field) and for a table that is prepared already.
     void PrepareForWriting(BAttributeDefs const& fields);
 
     /// Appends a record; value k goes into field k, and fields without a value stay blank. What is
     /// too long for its field, a number too, loses its end. Throws
     /// BAttributeDataException when the table is not prepared, there are more values than fields,
-    /// or a field can not be written; then nothing is written. A write that fails is logged, once.
+    /// or a field cannot be written; then nothing is written. A write that fails is logged, once.
     void WriteAttributeRecord(BAttributes const& attributes);
 
     /// Fills `record` (recordLength bytes, deletion flag included) with the text of the values.

@@ -254,7 +254,7 @@ std::optional<double> ParseMagnitude(std::string_view text) noexcept {
 } // namespace
 
 std::int64_t ParseInteger64(std::string_view text) noexcept {
-    constexpr std::size_t safeDigits = 18; // that many can not overflow
+    constexpr std::size_t safeDigits = 18; // that many cannot overflow
     constexpr auto max = static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max());
     SignedText const number = SkipSign(text);
     std::uint64_t const limit = max + (number.isNegative ? 1 : 0);

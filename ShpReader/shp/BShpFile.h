@@ -63,13 +63,13 @@ public:
     virtual void Write();
     /// Appends a null-shape record, and the feature's attribute values to the table. The table must
     /// have been prepared (PrepareTable). A geometry is not written: one finding for each file says
-    /// so. Throws as WriteNullShape does, and BAttributeDataException for values that can not be
+    /// so. Throws as WriteNullShape does, and BAttributeDataException for values that cannot be
     /// written; the null-shape record stands
     /// then, so that whatever is written behind it has the row of the record before.
     virtual void WriteFeature(BSharedPtr<BFeature> const& feature);
     /// Appends a null-shape record with its index entry, and no row to the table: whoever reads
     /// such a record with its attributes gets BIndexOutOfBoundsException. A table that was never
-    /// prepared can not be read at all. Throws BReadWriteMismatchException, or
+    /// prepared cannot be read at all. Throws BReadWriteMismatchException, or
     /// BNotOpenException after a failed Open.
     virtual void WriteNullShape();
 
@@ -122,7 +122,7 @@ public:
     /// Reads every record that is not left out, in order, and adds its feature to the layer's
     /// collection. Returns 0, or
     /// readCancelled when the observer ended it; the features before that stay in the layer. Throws
-    /// what decoding throws, such as BUnknownGeometryException for a type that can not be decoded.
+    /// what decoding throws, such as BUnknownGeometryException for a type that cannot be decoded.
     std::int32_t Read(BSharedPtr<BVectorLayer> const& layer);
     /// Decodes one record content. `complete`: add format, record number, attributes and attribute
     /// Z. `useOwnHandle`: see BDbfFile::ReadAttributeRecord. Never returns an empty holder. Throws
@@ -149,7 +149,7 @@ public:
                         std::vector<std::uint64_t>& result) const;
 
     /// Draws the listed records, in that order. Throws BUnknownGeometryException ("BShpFile::Read")
-    /// for a type that can not be drawn; what was drawn before stays drawn.
+    /// for a type that cannot be drawn; what was drawn before stays drawn.
     void RenderFeatures(std::vector<std::uint64_t> const& indexes, BRenderer const* renderer) const;
 
     /// Prepares the table that is being written for values of this schema: once, before the first

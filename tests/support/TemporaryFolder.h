@@ -42,7 +42,7 @@ private:
     std::filesystem::path path;
 };
 
-/// Throws std::ios_base::failure when the file can not be written.
+/// Throws std::ios_base::failure when the file cannot be written.
 inline void WriteFile(std::filesystem::path const& path, Bytes const& bytes) {
     std::ofstream file;
     file.exceptions(std::ios::failbit | std::ios::badbit);
@@ -52,7 +52,7 @@ inline void WriteFile(std::filesystem::path const& path, Bytes const& bytes) {
     file.close();
 }
 
-/// Throws std::ios_base::failure when the file can not be opened.
+/// Throws std::ios_base::failure when the file cannot be opened.
 inline Bytes ReadFile(std::filesystem::path const& path) {
     std::ifstream file;
     file.exceptions(std::ios::failbit | std::ios::badbit);

@@ -55,7 +55,7 @@ TEST_F(CommandLine, ShowsTheLogWhenAsked) {
     }
 }
 
-/// Runs of the program itself: what a function call can not show.
+/// Runs of the program itself: what a function call cannot show.
 class Program : public ToolTest {
 protected:
     Program() {

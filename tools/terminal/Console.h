@@ -7,7 +7,7 @@
 
 namespace Ambrel::Tool {
 
-/// Takes text in pieces. A piece that can not be taken throws an OutputException or a
+/// Takes text in pieces. A piece that cannot be taken throws an OutputException or a
 /// PipeClosedException.
 class TextSink {
 public:

@@ -17,7 +17,7 @@ class FeatureStore;
 /// features holds fewer. Does everything that features in memory do; Sort reads the sorting keys of
 /// all features into memory.
 ///
-/// A store that can not be written or read gives a BResourceException that names its file.
+/// A store that cannot be written or read gives a BResourceException that names its file.
 class AMBREL_API BDiskCacheFeatureCollection final : public BFeatureCollection {
 public:
     /// `baseName`: path and first part of the name of the store's files; the folder must exist.

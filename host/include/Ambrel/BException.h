@@ -57,7 +57,7 @@ private:
 AMBREL_DECLARE_EXCEPTION(BDataManagerException, BException);
 /// An operation on a reader or a table that is not open.
 AMBREL_DECLARE_EXCEPTION(BNotOpenException, BDataManagerException);
-/// Something that this kind of object can not do.
+/// Something that this kind of object cannot do.
 AMBREL_DECLARE_EXCEPTION(BUnsupportedCapabilityException, BDataManagerException);
 /// A resource, memory above all, that could not be had.
 AMBREL_DECLARE_EXCEPTION(BResourceException, BException);
@@ -71,9 +71,9 @@ AMBREL_DECLARE_EXCEPTION(BFileNotFoundException, BDataManagerException);
 AMBREL_DECLARE_EXCEPTION(BFileContentNotValidException, BDataManagerException);
 /// An index that is not below the count.
 AMBREL_DECLARE_EXCEPTION(BIndexOutOfBoundsException, BException);
-/// Attribute values that can not be found, converted or written.
+/// Attribute values that cannot be found, converted or written.
 AMBREL_DECLARE_EXCEPTION(BAttributeDataException, BDataManagerException);
-/// A geometry of a kind that can not be decoded or drawn.
+/// A geometry of a kind that cannot be decoded or drawn.
 AMBREL_DECLARE_EXCEPTION(BUnknownGeometryException, BDataManagerException);
 
 #undef AMBREL_DECLARE_EXCEPTION

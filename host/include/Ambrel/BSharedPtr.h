@@ -28,7 +28,7 @@ class BSharedPtr final {
 public:
     BSharedPtr() noexcept = default;
 
-    /// Takes ownership of `ownObject`; if the count can not be had (std::bad_alloc), deletes it.
+    /// Takes ownership of `ownObject`; if the count cannot be had (std::bad_alloc), deletes it.
     explicit BSharedPtr(T* ownObject) : object(ownObject) {
         try {
             count = detail::AcquireUseCount();

@@ -15,7 +15,7 @@ namespace Ambrel {
 /// A value with a type. Text and lists are shared by copies and never changed in place, so copies
 /// may be read by several threads.
 ///
-/// The GetValueAs... operations return the value converted, or their argument when it can not be:
+/// The GetValueAs... operations return the value converted, or their argument when it cannot be:
 /// null, a number outside the asked type's range, text that is not wholly a number, a scalar where
 /// a list is asked for (and the other way round). A real number becomes an integer by cutting its
 /// fraction. Numbers and text are converted independently of the locale.
@@ -77,7 +77,7 @@ public:
 
     EVariantType GetType() const noexcept { return type; }
     /// Renames the value's type without converting the value: a text becomes a date, an integer a
-    /// short one. What a type can not mean for the value held is found when it is asked for.
+    /// short one. What a type cannot mean for the value held is found when it is asked for.
     void SetType(EVariantType asType) noexcept { type = asType; }
     bool IsNull() const noexcept { return storage == Storage::Nothing; }
 
@@ -91,7 +91,7 @@ public:
     std::uint64_t GetValueAsUnsignedInteger64(std::uint64_t otherwise) const;
     float GetValueAsFloat(float otherwise) const;
     double GetValueAsDouble(double otherwise) const;
-    /// Throws BAttributeDataException when the value can not be converted.
+    /// Throws BAttributeDataException when the value cannot be converted.
     double GetValueAsDouble() const;
     bool GetValueAsBoolean(bool otherwise) const;
     BString GetValueAsString(BString const& otherwise) const;

@@ -172,7 +172,7 @@ BBox BPolygon::ComputeMBB() const {
 }
 
 void BPolygon::Transform(BTransform const& transform, bool reverse) {
-    BPoints moved = points; // A vertex that can not be moved leaves the ring as it was.
+    BPoints moved = points; // A vertex that cannot be moved leaves the ring as it was.
     for (BPoint& vertex : moved) {
         TransformVertex(vertex, transform, reverse);
     }

@@ -113,7 +113,7 @@ BBox BPolyline::ComputeMBB() const {
 }
 
 void BPolyline::Transform(BTransform const& transform, bool reverse) {
-    BPoints moved = points; // A vertex that can not be moved leaves the line as it was.
+    BPoints moved = points; // A vertex that cannot be moved leaves the line as it was.
     for (BPoint& vertex : moved) {
         TransformVertex(vertex, transform, reverse);
     }

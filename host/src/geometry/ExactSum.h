@@ -9,7 +9,7 @@ namespace Ambrel {
 
 /// The exact sum of products of finite numbers: a fixed-point number wide enough for every product
 /// of two doubles, from the square of the smallest to that of the largest. It decides the sign
-/// where rounded arithmetic can not.
+/// where rounded arithmetic cannot.
 class ExactSum final {
 public:
     void Add(double a, double b) noexcept { AddProduct(a, b, 1); }

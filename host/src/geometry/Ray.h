@@ -12,7 +12,7 @@ namespace Ambrel {
 /// Without any rounding. REQUIRES: all are finite.
 int ExactSideOf(BPoint const& a, BPoint const& b, BPoint const& point) noexcept;
 
-/// As ExactSideOf: by rounded arithmetic where its error can not change the sign.
+/// As ExactSideOf: by rounded arithmetic where its error cannot change the sign.
 inline int SideOf(BPoint const& a, BPoint const& b, BPoint const& point) noexcept {
     // Two differences, a product each and their difference: no more than (3 + 16u)u of the
     // products' magnitudes, with u = 2^-53. Where products underflow, the error is far below
